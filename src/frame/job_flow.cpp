@@ -1,0 +1,82 @@
+#include "frame/job_flow.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+
+#include "engine/job_header.h"
+#include "engine/module_dispatch.h"
+#include "frame/fixed_text.h"
+#include "frame/job_copy.h"
+#include "frame/job_state.h"
+#include "frame/ppd_queries.h"
+#include "frame/ps_stream.h"
+#include "platform/job_ppd.h"
+
+void SignalHandler(int) { CancelJob = 1; }
+
+void SignalPipeHandler(int) { CancelJobForPipe = 1; }
+
+namespace {
+
+// Fills StdUserName and StdJBAUserName from argument 2; returns UTF-8 mode.
+bool ReadUserName(const char* user) {
+  bool utf8 = IsUTF8PrinterEncoding();
+  size_t nameSize = utf8 ? kStdUserNameSize : kStdUserNameLegacySize;
+  size_t jbaSize = utf8 ? kStdJBAUserNameSize : kStdJBAUserNameLegacySize;
+  ZeroText(StdUserName, nameSize);
+  CopyText(StdUserName, nameSize, user);
+  ZeroText(StdJBAUserName, jbaSize);
+  CopyTextPrefix(StdJBAUserName, jbaSize, StdUserName, jbaSize - 1);
+  return utf8;
+}
+
+void ReadDocumentName(const char* title, bool utf8) {
+  ZeroText(StdDocumentName, sizeof StdDocumentName);
+  ZeroText(PTStdDocumentName, sizeof PTStdDocumentName);
+  if (std::strchr(title, '\r') != nullptr || std::strchr(title, '\n') != nullptr) return;
+  CopyText(StdDocumentName, sizeof StdDocumentName, title);
+  if (utf8) CopyText(PTStdDocumentName, sizeof PTStdDocumentName, title);
+}
+
+bool UsesFeatureInsertionMode() {
+  ppd_file_t* ppd = AcquireJobPPD();
+  bool insertion = PPDAttrEquals(ppd, "KRPSDecompMode", "1");
+  ReleaseJobPPD(ppd);
+  return insertion;
+}
+
+}  // namespace
+
+int FilterMain(int argc, char* argv[]) {
+  if (argc < 6 || argc > 7) {
+    fputs("Usage: pstozpjl job-id user title copies options [file]\n", stderr);
+    return 1;
+  }
+  // One large buffer for the whole print stream.
+  setvbuf(stdout, nullptr, _IOFBF, 1 << 16);
+
+  bool utf8 = ReadUserName(argv[2]);
+  ZeroLayoutInfo();
+  signal(SIGTERM, SignalHandler);
+  signal(SIGPIPE, SignalPipeHandler);
+  ReadDocumentName(argv[3], utf8);
+  InializeDescriptionTable();
+
+  char jobCopyPath[kJobCopyPathSize];
+  OpenJobCopy(jobCopyPath, sizeof jobCopyPath);
+
+  ZeroText(HostNameStr, sizeof HostNameStr);
+  ZeroText(IPAddressStr, sizeof IPAddressStr);
+  setbuf(stderr, nullptr);
+
+  if (GetTicketFromPDE(argv) == 1) OutputZPJLCommand(argv);
+  if (UsesFeatureInsertionMode()) {
+  } else {
+    OutputPSStream(argc, argv);
+  }
+  OutputZPJLCommandFromArray(argv, prtFmtTableZPJLTrailer, numFmtTableZPJLTrailer);
+  fflush(stdout);
+  CloseJobCopy(jobCopyPath);
+  return CancelJobForPipe == 1 ? 1 : 0;
+}

@@ -1,0 +1,124 @@
+#include "frame/ps_stream.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "engine/module_dispatch.h"
+#include "frame/job_state.h"
+#include "frame/line_scanner.h"
+#include "frame/output_channel.h"
+#include "frame/ppd_queries.h"
+
+namespace {
+
+constexpr char kEndOfJob[] = "\x04";
+
+bool LineIs(const char* line, size_t length, const char* text) {
+  return length == std::strlen(text) && std::memcmp(line, text, length) == 0;
+}
+
+void WriteLine(const char* line, size_t length, char terminator, FILE* out) {
+  if (length > 0) KZfwrite(line, 1, length, out);
+  KZfputc(static_cast<unsigned char>(terminator), out);
+}
+
+}  // namespace
+
+bool HandlePSLine(PSLineState& state, const char* line, size_t length, char terminator,
+                  char* argv[], FILE* out) {
+  if (LineIs(line, length, "ep")) {
+    ++state.page;
+    OutputPSCommandFromFilter(kPointEndPage, state.page, out);
+    if (CancelJob == 1) return false;
+    WriteLine(line, length, terminator, out);
+    OutputPageLogCommand(state.page, argv);
+  } else if (LineIs(line, length, "endp")) {
+    ++state.page;
+    OutputPSCommandFromFilter(kPointEndPageAlt, state.page, out);
+    if (CancelJob == 1) return false;
+    WriteLine(line, length, terminator, out);
+  } else if (LineIs(line, length, "showpage")) {
+    if (CancelJob == 1) return false;
+    WriteLine(line, length, terminator, out);
+  } else if (LineIs(line, length, "bp")) {
+    WriteLine(line, length, terminator, out);
+    OutputPSCommandFromFilter(kPointBeginPage, state.page, out);
+  } else if (LineIs(line, length, "%%EndSetup")) {
+    OutputPSCommandFromFilter(kPointEndSetup, state.page, out);
+    WriteLine(line, length, terminator, out);
+  } else if (LineIs(line, length, "userdict/setpagedevice{pop}bind put")) {
+    OutputPSCommandFromFilter(kPointSetPageDevice, state.page, out);
+    WriteLine(line, length, terminator, out);
+  } else if (LineIs(line, length, "%%EndPageSetup")) {
+    WriteLine(line, length, terminator, out);
+    OutputPSCommandFromFilter(kPointEndPageSetup, state.page, out);
+  } else if (LineIs(line, length, "%%BeginProlog")) {
+    WriteLine(line, length, terminator, out);
+    OutputPSCommandFromFilter(kPointBeginProlog, state.page, out);
+  } else if (LineIs(line, length, "%%EndProlog")) {
+    if (!state.prologSeen) OutputPSCommandFromFilter(kPointEndProlog, state.page, out);
+    WriteLine(line, length, terminator, out);
+    state.prologSeen = true;
+  } else {
+    WriteLine(line, length, terminator, out);
+  }
+  return true;
+}
+
+void OutputPageLogCommand(int32_t page, char* argv[]) {
+  int32_t version = 0;
+  if (Gestalt_ALT(kGestaltSystemVersion, &version) != 0 || version < 4208) return;
+  fprintf(stderr, "PAGE:%d %s\n", page, argv[4] != nullptr ? argv[4] : "");
+}
+
+namespace {
+
+// Sink of the pass-through: chunks and lines go to stdout.
+class PassThroughSink : public LineSink {
+ public:
+  explicit PassThroughSink(char* argv[]) : argv_(argv) {}
+  void Chunk(const char* bytes, size_t length) override { KZfwrite(bytes, 1, length, stdout); }
+  bool Line(const char* line, size_t length, char terminator) override {
+    return HandlePSLine(state_, line, length, terminator, argv_, stdout);
+  }
+
+ private:
+  char** argv_;
+  PSLineState state_;
+};
+
+}  // namespace
+
+void OutputPSStream(int argc, char* argv[]) {
+  int fd = STDIN_FILENO;
+  if (argc != 6) {
+    fd = open(argv[6], O_RDONLY);
+    if (fd < 0) {
+      fprintf(stderr, "ERROR: Unable to open print file \"%s\": %s\n", argv[6], strerror(errno));
+      return;
+    }
+  }
+  PassThroughSink sink(argv);
+  if (ScanLines(fd, sink) == ScanResult::kEndOfInput) KZfputs(kEndOfJob, stdout);
+  if (fd != STDIN_FILENO) close(fd);
+}
+
+char* GetSubString(const char* text, int first, int last) {
+  size_t length = 0;
+  if (first >= 0 && last >= first) {
+    size_t available = strnlen(text, static_cast<size_t>(last) + 1);
+    if (available > static_cast<size_t>(first)) {
+      length = std::min(available, static_cast<size_t>(last) + 1) - static_cast<size_t>(first);
+    }
+  }
+  char* result = static_cast<char*>(std::malloc(length + 1));
+  if (result == nullptr) return nullptr;
+  if (length > 0) std::memcpy(result, text + first, length);
+  result[length] = '\0';
+  return result;
+}

@@ -1,0 +1,5 @@
+#include "engine/command.h"
+
+#include <gtest/gtest.h>
+
+TEST(Placeholder, Builds) { SUCCEED(); }
