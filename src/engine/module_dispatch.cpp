@@ -1,8 +1,12 @@
 #include "engine/module_dispatch.h"
 
 #include "engine/job_header.h"
+#include "modules/accounting/accounting.h"
+#include "modules/print_type/print_type.h"
 
 void InializeDescriptionTableFromFilter() {
+  PrintTypeInializeDescriptionTableFromFilter();
+  JBAInializeDescriptionTableFromFilter();
 }
 
 void InializeDescriptionTable() {
@@ -11,12 +15,14 @@ void InializeDescriptionTable() {
 }
 
 int GetTicketFromPDE(char* argv[]) {
-  (void)argv;
+  PrintTypeGetTicketFromPDE(argv);
+  JBAGetTicketFromPDE(argv);
   return 1;
 }
 
 void OutputZPJLCommandFromFilter(char* argv[]) {
-  (void)argv;
+  PrintTypeOutputZPJLCommandFromFilter(argv);
+  JBAOutputZPJLCommandFromFilter(argv);
 }
 
 void OutputPSCommandFromFilter(int32_t point, int32_t page, FILE* stream) {
