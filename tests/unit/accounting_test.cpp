@@ -14,6 +14,8 @@
 
 namespace {
 
+using namespace modrun;
+
 const char kPrefix[] = "com.korvanel.qd.jtz.printsettings.";
 
 std::string Key(const std::string& suffix, const std::string& value) {
@@ -425,7 +427,7 @@ TEST(AccountingOutput, WritesTheLinesInTableOrder) {
   };
   for (const OutputCase& c : cases) {
     std::string out = RunAccounting(c.job);
-    EXPECT_EQ(out, c.expected) << c.name << "\n" << Visible(out);
+    EXPECT_EQ(out, c.expected) << c.name << "\n" << ShowControlBytes(out);
   }
 }
 

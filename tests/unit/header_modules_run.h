@@ -22,6 +22,8 @@
 #include "modules/accounting/accounting.h"
 #include "modules/print_type/print_type.h"
 
+namespace modrun {
+
 inline std::string FixturePath(const std::string& relative) {
   const char* root = std::getenv("ZPJL_FIXTURES");
   return std::string(root != nullptr ? root : ZPJL_FIXTURES) + "/" + relative;
@@ -122,7 +124,7 @@ inline std::vector<int> FiringRows(const FormatEntry* table, int32_t count) {
 }
 
 // Control bytes made visible, for failure messages.
-inline std::string Visible(const std::string& bytes) {
+inline std::string ShowControlBytes(const std::string& bytes) {
   std::string out;
   for (unsigned char c : bytes) {
     if (c == '\r') {
@@ -137,3 +139,5 @@ inline std::string Visible(const std::string& bytes) {
   }
   return out;
 }
+
+}  // namespace modrun

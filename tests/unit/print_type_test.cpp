@@ -12,6 +12,8 @@
 
 namespace {
 
+using namespace modrun;
+
 std::string Key(const std::string& suffix, const std::string& value) {
   return "com.korvanel.qd.jtz.printsettings." + suffix + "=" + value + " ";
 }
@@ -169,7 +171,7 @@ TEST(PrintTypeOutput, WritesTheChosenTablesLines) {
     job.ticket = c.ticket;
     job.printTypeDocumentName = c.printTypeDocumentName;
     std::string out = RunPrintType(job);
-    EXPECT_EQ(out, c.expected) << c.name << "\n" << Visible(out);
+    EXPECT_EQ(out, c.expected) << c.name << "\n" << ShowControlBytes(out);
   }
 }
 
@@ -232,7 +234,7 @@ TEST(PrintTypeOutput, UserNameOf97BytesIsCutTo96) {
   job.ticket = Key("PrintTypeTicketKey", "2") + Key("PrintTypeUserNameTicketKey", name97);
   std::string out = RunPrintType(job);
   EXPECT_EQ(out, "@PJL SET HOLD=STORE\n@PJL SET USERNAME=\"" + std::string(96, 'n') + "\"\r\n")
-      << Visible(out);
+      << ShowControlBytes(out);
 }
 
 }  // namespace

@@ -1,0 +1,129 @@
+// The print type and accounting lines of the job header through the built
+// filter: their order among themselves and within the header.
+#include <unistd.h>
+
+#include <cstring>
+#include <sstream>
+
+#include "filter_runner.h"
+
+namespace {
+
+std::string Key(const std::string& suffix, const std::string& value) {
+  return "com.korvanel.qd.jtz.printsettings." + suffix + "=" + value + " ";
+}
+
+std::string CRLF(const std::string& attribute, const std::string& value) {
+  return "@PJL SET JOBATTR=\"@" + attribute + "=" + value + "\"\r\n";
+}
+std::string LF(const std::string& attribute, const std::string& value) {
+  return "@PJL SET JOBATTR=\"@" + attribute + "=" + value + "\"\n";
+}
+
+// The host name line holds this computer's name, or "UnknownHost" where it
+// has none; it becomes "<host>" so the rest compares byte for byte.
+std::string WithHostPlaceholder(std::string stream, bool utf8) {
+  const std::string start = "@PJL SET JOBATTR=\"@CNAM=";
+  size_t from = stream.find(start);
+  if (from == std::string::npos) return stream;
+  from += start.size();
+  size_t to = stream.find("\"\n", from);
+  if (to == std::string::npos) return stream;
+  char name[256] = {};
+  gethostname(name, sizeof name - 1);
+  // ASCII host names: 32 characters on UTF-8 printers, 96 bytes otherwise.
+  std::string local = std::string(name).substr(0, utf8 ? 32 : 96);
+  std::string sent = stream.substr(from, to - from);
+  if (sent != "UnknownHost" && sent != local) return stream;
+  return stream.replace(from, to - from, "<host>");
+}
+
+// The lines of the print type and accounting modules, in stream order.
+std::string ModuleLines(const std::string& stream) {
+  static const char* const kStarts[] = {
+      "@PJL SET HOLD",      "@PJL SET BOX",         "@PJL SET USERNAME=",
+      "@PJL SET JOBNAME=",  "@PJL SET JOBATTR=\"@PRTM=", "@PJL SET JOBATTR=\"@CNAM=",
+      "@PJL SET JOBATTR=\"@LUNA=", "@PJL SET JOBATTR=\"@HOAD=", "@PJL SET JOBATTR=\"@NLPP=",
+      "@PJL SET JOBATTR=\"@JOAU=", "@PJL SET JOBATTR=\"@JOEP=", "@PJL SET JOBATTR=\"@JOAD=",
+      "@PJL SET JOBATTR=\"@DAID=", "@PJL SET JOBATTR=\"@ACID=", "@PJL SET JOBATTR=\"@ACNA=",
+      "@PJL SET JOBATTR=\"@ACEP=",
+  };
+  std::string header = SplitStream(stream).header;
+  std::string lines;
+  size_t at = 0;
+  while (at < header.size()) {
+    size_t end = header.find('\n', at);
+    end = end == std::string::npos ? header.size() : end + 1;
+    std::string line = header.substr(at, end - at);
+    for (const char* start : kStarts) {
+      if (line.compare(0, std::strlen(start), start) == 0) {
+        lines += line;
+        break;
+      }
+    }
+    at = end;
+  }
+  return lines;
+}
+
+struct PrinterCase {
+  const char* ppd;
+  bool utf8;
+};
+const PrinterCase kPrinters[] = {
+    {"ppd/modules-utf8.ppd", true},
+    {"ppd/utf8-color.ppd", true},
+    {"ppd/legacy-mono.ppd", false},
+};
+
+// With no accounting key the printer still learns host, login user, N-up,
+// owner (the login user, as no user ID came) and document, in that order.
+TEST(AccountingStream, JobWithoutAccountingKeys) {
+  for (const PrinterCase& printer : kPrinters) {
+    FilterJob job;
+    job.ppd = Fixture(printer.ppd);
+    job.file = "/nonexistent/job.ps";
+    FilterRun run = RunFilter(job);
+    ASSERT_EQ(run.status, 0) << printer.ppd;
+    EXPECT_TRUE(SameStream(LF("CNAM", "<host>") + LF("LUNA", "alice") + LF("NLPP", "1") +
+                               CRLF("JOAU", "alice") + CRLF("ACNA", "report"),
+                           WithHostPlaceholder(ModuleLines(run.out), printer.utf8)))
+        << printer.ppd;
+  }
+}
+
+// The print type lines come first, then the accounting lines, each in
+// table order; all of them after the job mode line.
+TEST(AccountingStream, PrintTypeLinesPrecedeAccountingLines) {
+  FilterJob job;
+  job.ppd = Fixture("ppd/modules-utf8.ppd");
+  job.user = "carol";
+  job.title = "Budget 2027";
+  job.file = "/nonexistent/job.ps";
+  job.options = Key("PrintTypeTicketKey", "3") + Key("PrintTypeUserNameTicketKey", "carol") +
+                Key("DocumentNameTypeTicketKey", "2") +
+                Key("DocumentNameTicketKey", "'Budget final'") + "number-up=2 " +
+                Key("JBAManageTypeListTicketKey", "2") +
+                Key("JBAUserSettingRadioBtnTicket", "1") + Key("JBAUserIDListCtrlTicket", "2") +
+                Key("JBAUserIDTextEditTicket", "u-300") +
+                Key("JBAAccountIDTextEditTicket", "dept9") +
+                Key("JBAIPAddressStringTicket", "192.0.2.7");
+  FilterRun run = RunFilter(job);
+  ASSERT_EQ(run.status, 0);
+  const std::string jobMode = "@PJL JOB MODE=PRINTER\r\n";
+  const std::string modules = "@PJL SET HOLD=PROOF\n"
+                              "@PJL SET USERNAME=\"carol\"\r\n"
+                              "@PJL SET JOBNAME=\"Budget final\"\r\n" +
+                              LF("CNAM", "<host>") + LF("LUNA", "carol") +
+                              LF("HOAD", "192.0.2.7") + LF("NLPP", "N2") + CRLF("JOAU", "u-300") +
+                              CRLF("JOEP", "") + CRLF("DAID", "dept9") +
+                              CRLF("ACNA", "Budget 2027");
+  std::string out = WithHostPlaceholder(run.out, true);
+  EXPECT_TRUE(SameStream(modules, ModuleLines(out)));
+  // Nothing of either module stands before the job mode line.
+  size_t mode = out.find(jobMode);
+  ASSERT_NE(mode, std::string::npos);
+  EXPECT_EQ(out.find("@PJL SET HOLD=PROOF\n"), mode + jobMode.size()) << Visible(out);
+}
+
+}  // namespace
