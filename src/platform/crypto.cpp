@@ -1,9 +1,5 @@
 #include "platform/crypto.h"
 
-#include <climits>
-#include <cstring>
-#include <memory>
-
 #include <openssl/crypto.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
@@ -11,6 +7,10 @@
 #include <openssl/rand.h>
 #include <openssl/rsa.h>
 #include <openssl/x509.h>
+
+#include <climits>
+#include <cstring>
+#include <memory>
 
 namespace {
 
@@ -49,24 +49,26 @@ void TakeLibraryError(CryptoError* error, const char* fallback) {
 
 const EVP_CIPHER* AesCbcForKeyLength(size_t keyLength) {
   switch (keyLength) {
-    case 16: return EVP_aes_128_cbc();
-    case 24: return EVP_aes_192_cbc();
-    case 32: return EVP_aes_256_cbc();
-    default: return nullptr;
+    case 16:
+      return EVP_aes_128_cbc();
+    case 24:
+      return EVP_aes_192_cbc();
+    case 32:
+      return EVP_aes_256_cbc();
+    default:
+      return nullptr;
   }
 }
 
 int32_t AesCbc(bool encrypt, const uint8_t* key, size_t keyLength, const uint8_t* iv,
-               const void* in, size_t inLength, void* out, size_t outCapacity,
-               size_t* outLength) {
+               const void* in, size_t inLength, void* out, size_t outCapacity, size_t* outLength) {
   if (key == nullptr || outLength == nullptr || (in == nullptr && inLength != 0) ||
       inLength > kMaxLibraryLength)
     return kCipherParamError;
   const EVP_CIPHER* cipher = AesCbcForKeyLength(keyLength);
   if (cipher == nullptr) return kCipherKeySizeError;
   if (!encrypt && inLength % kAesBlockLength != 0) return kCipherAlignmentError;
-  const size_t needed =
-      encrypt ? (inLength / kAesBlockLength + 1) * kAesBlockLength : inLength;
+  const size_t needed = encrypt ? (inLength / kAesBlockLength + 1) * kAesBlockLength : inLength;
   if (out == nullptr || outCapacity < needed) return kCipherBufferTooSmall;
 
   static const uint8_t kZeroIv[kAesBlockLength] = {};
@@ -130,8 +132,8 @@ bool CryptoHmacSha256(const void* key, size_t keyLength, const void* data, size_
   unsigned int macLength = 0;
   const unsigned char* result =
       HMAC(EVP_sha256(), keyLength != 0 ? key : &kNothing, static_cast<int>(keyLength),
-           dataLength != 0 ? static_cast<const unsigned char*>(data) : &kNothing, dataLength,
-           mac, &macLength);
+           dataLength != 0 ? static_cast<const unsigned char*>(data) : &kNothing, dataLength, mac,
+           &macLength);
   if (result == nullptr || macLength != kHmacSha256Length) {
     ERR_clear_error();
     return false;
@@ -162,8 +164,7 @@ bool CryptoBase64Decode(const char* text, std::vector<uint8_t>* out) {
 }
 
 bool CryptoRsaOaepSha256Encrypt(const uint8_t* spkiDer, size_t derLength, const void* plain,
-                                size_t plainLength, std::vector<uint8_t>* out,
-                                CryptoError* error) {
+                                size_t plainLength, std::vector<uint8_t>* out, CryptoError* error) {
   out->clear();
   *error = CryptoError();
   if (spkiDer == nullptr || derLength == 0 || derLength > kMaxLibraryLength ||
@@ -205,15 +206,13 @@ bool CryptoRsaOaepSha256Encrypt(const uint8_t* spkiDer, size_t derLength, const 
   return true;
 }
 
-int32_t CryptoAesCbcEncrypt(const uint8_t* key, size_t keyLength, const uint8_t* iv,
-                            const void* in, size_t inLength, void* out, size_t outCapacity,
-                            size_t* outLength) {
+int32_t CryptoAesCbcEncrypt(const uint8_t* key, size_t keyLength, const uint8_t* iv, const void* in,
+                            size_t inLength, void* out, size_t outCapacity, size_t* outLength) {
   return AesCbc(true, key, keyLength, iv, in, inLength, out, outCapacity, outLength);
 }
 
-int32_t CryptoAesCbcDecrypt(const uint8_t* key, size_t keyLength, const uint8_t* iv,
-                            const void* in, size_t inLength, void* out, size_t outCapacity,
-                            size_t* outLength) {
+int32_t CryptoAesCbcDecrypt(const uint8_t* key, size_t keyLength, const uint8_t* iv, const void* in,
+                            size_t inLength, void* out, size_t outCapacity, size_t* outLength) {
   return AesCbc(false, key, keyLength, iv, in, inLength, out, outCapacity, outLength);
 }
 

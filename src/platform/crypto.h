@@ -57,12 +57,10 @@ constexpr int32_t kCipherKeySizeError = -4310;
 // length, decryption for the ciphertext length; less is
 // kCipherBufferTooSmall. A ciphertext that is not whole blocks is
 // kCipherAlignmentError, a padding that does not verify kCipherDecodeError.
-int32_t CryptoAesCbcEncrypt(const uint8_t* key, size_t keyLength, const uint8_t* iv,
-                            const void* in, size_t inLength, void* out, size_t outCapacity,
-                            size_t* outLength);
-int32_t CryptoAesCbcDecrypt(const uint8_t* key, size_t keyLength, const uint8_t* iv,
-                            const void* in, size_t inLength, void* out, size_t outCapacity,
-                            size_t* outLength);
+int32_t CryptoAesCbcEncrypt(const uint8_t* key, size_t keyLength, const uint8_t* iv, const void* in,
+                            size_t inLength, void* out, size_t outCapacity, size_t* outLength);
+int32_t CryptoAesCbcDecrypt(const uint8_t* key, size_t keyLength, const uint8_t* iv, const void* in,
+                            size_t inLength, void* out, size_t outCapacity, size_t* outLength);
 
 // Overwrites `length` bytes with zeros in a way the compiler keeps.
 void CryptoCleanse(void* buffer, size_t length);

@@ -35,8 +35,7 @@ int32_t XSPBinToB64(const uint8_t* data, int32_t dataLength, char* out, int32_t*
   if (data == nullptr || outLength == nullptr || (out == nullptr && capacity != 0))
     return kXSPMissingPointer;
   if (dataLength < 1 || capacity < 0) return kXSPBadLength;
-  const int64_t needed =
-      static_cast<int64_t>(dataLength) / 3 * 4 + (dataLength % 3 != 0 ? 4 : 0);
+  const int64_t needed = static_cast<int64_t>(dataLength) / 3 * 4 + (dataLength % 3 != 0 ? 4 : 0);
   if (needed > INT32_MAX) return kXSPBadLength;
   if (capacity == 0 || capacity < needed) {
     *outLength = static_cast<int32_t>(needed);

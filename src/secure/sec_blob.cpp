@@ -59,10 +59,10 @@ uint32_t RunAes(bool encrypt, uint32_t mode, const uint8_t* key, uint32_t keyLen
   // error rather than a read past its buffer.
   if (outLength != nullptr && (iv == nullptr || ivLength >= kCbcIvLength)) {
     size_t produced = 0;
-    status = encrypt ? CryptoAesCbcEncrypt(key, keyLength, iv, in, inLength, out, outCapacity,
-                                           &produced)
-                     : CryptoAesCbcDecrypt(key, keyLength, iv, in, inLength, out, outCapacity,
-                                           &produced);
+    status =
+        encrypt
+            ? CryptoAesCbcEncrypt(key, keyLength, iv, in, inLength, out, outCapacity, &produced)
+            : CryptoAesCbcDecrypt(key, keyLength, iv, in, inLength, out, outCapacity, &produced);
     if (status == kCipherSuccess) *outLength = static_cast<uint32_t>(produced);
   }
   if (status != kCipherSuccess) {
@@ -74,12 +74,12 @@ uint32_t RunAes(bool encrypt, uint32_t mode, const uint8_t* key, uint32_t keyLen
 
 uint32_t RunStorageCipher(bool encrypt, const uint8_t* data, uint32_t dataLength,
                           const uint8_t* keyA, uint32_t keyALength, const uint8_t* keyB,
-                          uint32_t keyBLength, const uint8_t* iv, uint32_t ivLength,
-                          uint8_t* out, uint32_t* outLength) {
+                          uint32_t keyBLength, const uint8_t* iv, uint32_t ivLength, uint8_t* out,
+                          uint32_t* outLength) {
   if (outLength == nullptr) return kSecBlobInvalidArgument;
   SecretBytes<kAesKeyLength> aesKey;
-  uint32_t result = SecBlobEncInternal_GenerateHMAC(keyA, keyALength, keyB, keyBLength,
-                                                    aesKey.bytes);
+  uint32_t result =
+      SecBlobEncInternal_GenerateHMAC(keyA, keyALength, keyB, keyBLength, aesKey.bytes);
   if (result != kSecBlobSuccess) {
     printf("ERROR[%d]: Key Derivation HMAC failed[%d].\n",
            encrypt ? kMsgStorageEncryptHmac : kMsgStorageDecryptHmac, static_cast<int>(result));
@@ -111,10 +111,9 @@ uint32_t SecBlobEncInternal_GenerateRandom(uint32_t length, uint8_t* buffer) {
 }
 
 uint32_t SecBlobEncInternal_GenerateHMAC(const uint8_t* key, uint32_t keyLength,
-                                         const uint8_t* data, uint32_t dataLength,
-                                         uint8_t* mac) {
+                                         const uint8_t* data, uint32_t dataLength, uint8_t* mac) {
   return CryptoHmacSha256(key, keyLength, data, dataLength, mac) ? kSecBlobSuccess
-                                                                  : kSecBlobCryptoFailure;
+                                                                 : kSecBlobCryptoFailure;
 }
 
 std::vector<uint8_t> SecBlobEnc_Decode_Key(const char* keyText) {
@@ -125,8 +124,7 @@ std::vector<uint8_t> SecBlobEnc_Decode_Key(const char* keyText) {
 
 uint32_t SecBlobEncInternal_RSAEncrypt(const char* keyText, uint32_t /*keyTextLength*/,
                                        const uint8_t* plain, uint32_t plainLength,
-                                       uint32_t outCapacity, uint8_t* out,
-                                       uint32_t* outLength) {
+                                       uint32_t outCapacity, uint8_t* out, uint32_t* outLength) {
   CryptoError error;
   std::vector<uint8_t> sealed;
   const std::vector<uint8_t> der = SecBlobEnc_Decode_Key(keyText);
@@ -214,37 +212,35 @@ uint32_t SecBlobEnc_KT_Encrypt(uint32_t aesMode, uint32_t keyType, const uint8_t
     printf("ERROR[%d]: generate random failed[%d].\n", kMsgSaltRandom, static_cast<int>(result));
     return kSecBlobCryptoFailure;
   }
-  result = SecBlobEncInternal_GenerateHMAC(contentKey.bytes, kContentKeyLength, salt,
-                                           kSaltLength, aesKey.bytes);
+  result = SecBlobEncInternal_GenerateHMAC(contentKey.bytes, kContentKeyLength, salt, kSaltLength,
+                                           aesKey.bytes);
   if (result != kSecBlobSuccess) {
     printf("ERROR[%d]: Key Derivation HMAC failed[%d].\n", kMsgKeyDerivation,
            static_cast<int>(result));
     return kSecBlobCryptoFailure;
   }
-  const uint32_t ivLength = aesMode != kSecBlobAesModeReserved ? kCbcIvLength
-                                                               : kReservedModeIvLength;
+  const uint32_t ivLength =
+      aesMode != kSecBlobAesModeReserved ? kCbcIvLength : kReservedModeIvLength;
   result = SecBlobEncInternal_GenerateRandom(ivLength, iv);
   if (result != kSecBlobSuccess) {
     printf("ERROR[%d]: generate random failed[%d].\n", kMsgIvRandom, static_cast<int>(result));
     return kSecBlobCryptoFailure;
   }
-  result = SecBlobEncInternal_RSAEncrypt(keyText, keyTextLength, contentKey.bytes,
-                                         kContentKeyLength, kSecBlobWrappedKeyRoom, wrappedKey,
-                                         &wrappedLength);
+  result =
+      SecBlobEncInternal_RSAEncrypt(keyText, keyTextLength, contentKey.bytes, kContentKeyLength,
+                                    kSecBlobWrappedKeyRoom, wrappedKey, &wrappedLength);
   if (result != kSecBlobSuccess) {
     printf("ERROR[%d]: RSA Encrypt failed[%d].\n", kMsgRsaEncrypt, static_cast<int>(result));
     return kSecBlobCryptoFailure;
   }
-  result = SecBlobEncInternal_AESEncrypt(aesMode, aesKey.bytes, kAesKeyLength, iv, ivLength,
-                                         data, dataLength, cipherRoom, cipherText.data(),
-                                         &cipherLength);
+  result = SecBlobEncInternal_AESEncrypt(aesMode, aesKey.bytes, kAesKeyLength, iv, ivLength, data,
+                                         dataLength, cipherRoom, cipherText.data(), &cipherLength);
   if (result != kSecBlobSuccess) {
     printf("ERROR[%d]: AES Encrypt failed[%d].\n", kMsgAesEncrypt, static_cast<int>(result));
     return kSecBlobCryptoFailure;
   }
 
-  const uint32_t total = kSecBlobHeaderLength + wrappedLength + ivLength + tagLength +
-                         cipherLength;
+  const uint32_t total = kSecBlobHeaderLength + wrappedLength + ivLength + tagLength + cipherLength;
   if (total > *outLength) return kSecBlobInvalidArgument;
   uint8_t* at = out;
   memset(at, 0, kSecBlobHeaderLength);
@@ -270,20 +266,18 @@ uint32_t SecBlobEnc_KT_Encrypt(uint32_t aesMode, uint32_t keyType, const uint8_t
 
 uint32_t SecBlobEnc_DataStorage_Encrypt(const uint8_t* data, uint32_t dataLength,
                                         const uint8_t* keyA, uint32_t keyALength,
-                                        const uint8_t* keyB, uint32_t keyBLength,
-                                        const uint8_t* iv, uint32_t ivLength, uint8_t* out,
-                                        uint32_t* outLength) {
-  return RunStorageCipher(true, data, dataLength, keyA, keyALength, keyB, keyBLength, iv,
-                          ivLength, out, outLength);
+                                        const uint8_t* keyB, uint32_t keyBLength, const uint8_t* iv,
+                                        uint32_t ivLength, uint8_t* out, uint32_t* outLength) {
+  return RunStorageCipher(true, data, dataLength, keyA, keyALength, keyB, keyBLength, iv, ivLength,
+                          out, outLength);
 }
 
 uint32_t SecBlobEnc_DataStorage_Decrypt(const uint8_t* data, uint32_t dataLength,
                                         const uint8_t* keyA, uint32_t keyALength,
-                                        const uint8_t* keyB, uint32_t keyBLength,
-                                        const uint8_t* iv, uint32_t ivLength, uint8_t* out,
-                                        uint32_t* outLength) {
-  return RunStorageCipher(false, data, dataLength, keyA, keyALength, keyB, keyBLength, iv,
-                          ivLength, out, outLength);
+                                        const uint8_t* keyB, uint32_t keyBLength, const uint8_t* iv,
+                                        uint32_t ivLength, uint8_t* out, uint32_t* outLength) {
+  return RunStorageCipher(false, data, dataLength, keyA, keyALength, keyB, keyBLength, iv, ivLength,
+                          out, outLength);
 }
 
 uint32_t Encode_Storage(const uint8_t* data, uint32_t dataLength, const uint8_t* keyA,
@@ -303,8 +297,7 @@ uint32_t Decode_Storage(const uint8_t* data, uint32_t dataLength, const uint8_t*
 uint32_t Encode_Random(const uint8_t* data, uint32_t dataLength, uint8_t* out,
                        uint32_t* outLength) {
   return SecBlobEnc_KT_Encrypt(kSecBlobAesModeCBC, kSecBlobKeyType2048, data, dataLength,
-                               RSA_PUBKEY_2048_OFFICIAL, kRecipientKeyTextLength, out,
-                               outLength);
+                               RSA_PUBKEY_2048_OFFICIAL, kRecipientKeyTextLength, out, outLength);
 }
 
 uint32_t Generate_Random(uint32_t length, uint8_t* buffer) {

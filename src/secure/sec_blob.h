@@ -44,16 +44,14 @@ uint32_t SecBlobEncInternal_GenerateRandom(uint32_t length, uint8_t* buffer);
 
 // HMAC-SHA256 into `mac` (32 bytes). 0; 99 only if the library itself fails.
 uint32_t SecBlobEncInternal_GenerateHMAC(const uint8_t* key, uint32_t keyLength,
-                                         const uint8_t* data, uint32_t dataLength,
-                                         uint8_t* mac);
+                                         const uint8_t* data, uint32_t dataLength, uint8_t* mac);
 
 // RSA-OAEP-SHA256 of `plain` with the base64 public key text. Writes the
 // ciphertext and its length when it fits `outCapacity`. 0, or 99 after
 // "RSA Error[%d] %s" (a key text that does not decode included).
 uint32_t SecBlobEncInternal_RSAEncrypt(const char* keyText, uint32_t keyTextLength,
                                        const uint8_t* plain, uint32_t plainLength,
-                                       uint32_t outCapacity, uint8_t* out,
-                                       uint32_t* outLength);
+                                       uint32_t outCapacity, uint8_t* out, uint32_t* outLength);
 
 // Mode 1: AES-CBC, PKCS#7, 16-byte IV (ivLength is not used), key length
 // selecting the key size; writes the produced length to *outLength. 0, or 99
@@ -87,14 +85,12 @@ uint32_t SecBlobEnc_KT_Encrypt(uint32_t aesMode, uint32_t keyType, const uint8_t
 // success. 0, or 99 after message 39 / 52 (encrypt) or 84 / 97 (decrypt).
 uint32_t SecBlobEnc_DataStorage_Encrypt(const uint8_t* data, uint32_t dataLength,
                                         const uint8_t* keyA, uint32_t keyALength,
-                                        const uint8_t* keyB, uint32_t keyBLength,
-                                        const uint8_t* iv, uint32_t ivLength, uint8_t* out,
-                                        uint32_t* outLength);
+                                        const uint8_t* keyB, uint32_t keyBLength, const uint8_t* iv,
+                                        uint32_t ivLength, uint8_t* out, uint32_t* outLength);
 uint32_t SecBlobEnc_DataStorage_Decrypt(const uint8_t* data, uint32_t dataLength,
                                         const uint8_t* keyA, uint32_t keyALength,
-                                        const uint8_t* keyB, uint32_t keyBLength,
-                                        const uint8_t* iv, uint32_t ivLength, uint8_t* out,
-                                        uint32_t* outLength);
+                                        const uint8_t* keyB, uint32_t keyBLength, const uint8_t* iv,
+                                        uint32_t ivLength, uint8_t* out, uint32_t* outLength);
 
 // Entry points for the rest of the filter.
 uint32_t Encode_Storage(const uint8_t* data, uint32_t dataLength, const uint8_t* keyA,
@@ -104,8 +100,7 @@ uint32_t Decode_Storage(const uint8_t* data, uint32_t dataLength, const uint8_t*
                         uint32_t keyALength, const uint8_t* keyB, uint32_t keyBLength,
                         const uint8_t* iv, uint32_t ivLength, uint8_t* out, uint32_t* outLength);
 // A blob in mode 1 for the built-in 2048-bit recipient key (key type 0).
-uint32_t Encode_Random(const uint8_t* data, uint32_t dataLength, uint8_t* out,
-                       uint32_t* outLength);
+uint32_t Encode_Random(const uint8_t* data, uint32_t dataLength, uint8_t* out, uint32_t* outLength);
 uint32_t Generate_Random(uint32_t length, uint8_t* buffer);
 
 // Debugging aid: writes `length` bytes to the file at `path`; prints

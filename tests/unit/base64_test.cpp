@@ -33,23 +33,22 @@ TEST(Base64Codec, PublishedVectorsBothWays) {
   const struct {
     const char* data;
     const char* text;
-  } cases[] = {{"f", "Zg=="},         {"fo", "Zm8="},         {"foo", "Zm9v"},
-               {"foob", "Zm9vYg=="},  {"fooba", "Zm9vYmE="},  {"foobar", "Zm9vYmFy"}};
+  } cases[] = {{"f", "Zg=="},        {"fo", "Zm8="},        {"foo", "Zm9v"},
+               {"foob", "Zm9vYg=="}, {"fooba", "Zm9vYmE="}, {"foobar", "Zm9vYmFy"}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.data);
     const std::vector<uint8_t> data = B(c.data);
     std::string text(16, '#');
     int32_t length = -7;
-    ASSERT_EQ(XSPBinToB64(data.data(), static_cast<int32_t>(data.size()), text.data(), &length,
-                          16),
+    ASSERT_EQ(XSPBinToB64(data.data(), static_cast<int32_t>(data.size()), text.data(), &length, 16),
               kXSPSuccess);
     EXPECT_EQ(text.substr(0, static_cast<size_t>(length)), c.text);
     EXPECT_EQ(text[static_cast<size_t>(length)], '#');  // no terminator written
 
     std::vector<uint8_t> decoded(16, 0xEE);
-    ASSERT_EQ(XSPB64ToBin(c.text, static_cast<int32_t>(strlen(c.text)), decoded.data(), &length,
-                          16),
-              kXSPSuccess);
+    ASSERT_EQ(
+        XSPB64ToBin(c.text, static_cast<int32_t>(strlen(c.text)), decoded.data(), &length, 16),
+        kXSPSuccess);
     decoded.resize(static_cast<size_t>(length));
     EXPECT_EQ(decoded, data);
   }
@@ -58,7 +57,8 @@ TEST(Base64Codec, PublishedVectorsBothWays) {
 TEST(Base64Codec, EveryByteValueAndTailLengthRoundTrips) {
   for (int32_t length = 1; length <= 259; ++length) {
     std::vector<uint8_t> data(static_cast<size_t>(length));
-    for (int32_t i = 0; i < length; ++i) data[static_cast<size_t>(i)] = static_cast<uint8_t>(i * 97 + length);
+    for (int32_t i = 0; i < length; ++i)
+      data[static_cast<size_t>(i)] = static_cast<uint8_t>(i * 97 + length);
     std::string text(400, '\0');
     int32_t textLength = 0;
     ASSERT_EQ(XSPBinToB64(data.data(), length, text.data(), &textLength, 400), kXSPSuccess);

@@ -87,16 +87,15 @@ TEST(KeyMaterial, DefaultDirectoryHoldsTheTestKeyPair) {
                            std::make_pair(TestPrivateKeyPath3072(), "recipient-3072")}) {
     SCOPED_TRACE(pair.second);
     ScratchDir scratch;
-    ASSERT_TRUE(RunOpenssl({"pkey", "-in", pair.first, "-pubout", "-outform", "DER", "-out",
-                            scratch.File("der")},
-                           &diagnostics))
+    ASSERT_TRUE(RunOpenssl(
+        {"pkey", "-in", pair.first, "-pubout", "-outform", "DER", "-out", scratch.File("der")},
+        &diagnostics))
         << diagnostics;
-    ASSERT_TRUE(RunOpenssl({"dgst", "-sha256", "-binary", "-out", scratch.File("digest"),
-                            scratch.File("der")},
-                           &diagnostics))
+    ASSERT_TRUE(RunOpenssl(
+        {"dgst", "-sha256", "-binary", "-out", scratch.File("digest"), scratch.File("der")},
+        &diagnostics))
         << diagnostics;
-    const std::vector<uint8_t> digestFile =
-        ReadBytes(defaultDir + "/" + pair.second + ".sha256");
+    const std::vector<uint8_t> digestFile = ReadBytes(defaultDir + "/" + pair.second + ".sha256");
     EXPECT_EQ(HexLines(std::string(digestFile.begin(), digestFile.end())).at(0),
               Hex(ReadBytes(scratch.File("digest"))));
     if (std::string(pair.second) == "recipient-2048") {

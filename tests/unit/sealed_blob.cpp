@@ -57,8 +57,8 @@ std::string TestPrivateKeyPath3072() {
 
 ScratchDir::ScratchDir() {
   const char* base = getenv("TMPDIR");
-  std::string pattern = std::string(base != nullptr && *base != '\0' ? base : "/tmp") +
-                        "/zpjl-sealed-XXXXXX";
+  std::string pattern =
+      std::string(base != nullptr && *base != '\0' ? base : "/tmp") + "/zpjl-sealed-XXXXXX";
   std::vector<char> name(pattern.begin(), pattern.end());
   name.push_back('\0');
   if (mkdtemp(name.data()) != nullptr) path_ = name.data();
@@ -121,7 +121,8 @@ bool RunOpenssl(const std::vector<std::string>& args, std::string* diagnostics) 
   pid_t child = 0;
   const int spawned = posix_spawnp(&child, "openssl", &actions, nullptr, pointers.data(), environ);
   posix_spawn_file_actions_destroy(&actions);
-  if (spawned != 0) return Fail(diagnostics, "cannot start openssl: " + std::string(strerror(spawned)));
+  if (spawned != 0)
+    return Fail(diagnostics, "cannot start openssl: " + std::string(strerror(spawned)));
   int status = 0;
   pid_t waited = 0;
   do {
@@ -156,8 +157,7 @@ bool OpenSealedBlob(const std::vector<uint8_t>& blob, OpenedBlob* opened, std::s
       kHeaderLength + kCbcIvLength + opened->cipherLength >= blob.size())
     return Fail(error, "ciphertext length " + std::to_string(opened->cipherLength) +
                            " does not fit the blob");
-  const size_t wrappedLength =
-      blob.size() - kHeaderLength - kCbcIvLength - opened->cipherLength;
+  const size_t wrappedLength = blob.size() - kHeaderLength - kCbcIvLength - opened->cipherLength;
   opened->wrappedKey = Slice(blob, kHeaderLength, wrappedLength);
   opened->iv = Slice(blob, kHeaderLength + wrappedLength, kCbcIvLength);
   opened->cipherText =
@@ -170,24 +170,23 @@ bool OpenSealedBlob(const std::vector<uint8_t>& blob, OpenedBlob* opened, std::s
       !WriteBytes(scratch.File("salt"), opened->salt) ||
       !WriteBytes(scratch.File("cipher"), opened->cipherText))
     return Fail(error, "cannot write scratch files");
-  if (!RunOpenssl({"pkeyutl", "-decrypt", "-inkey", privateKeyPath, "-pkeyopt",
-                   "rsa_padding_mode:oaep", "-pkeyopt", "rsa_oaep_md:sha256", "-pkeyopt",
-                   "rsa_mgf1_md:sha256", "-in", scratch.File("wrapped"), "-out",
-                   scratch.File("content-key")},
-                  &diagnostics))
+  if (!RunOpenssl(
+          {"pkeyutl", "-decrypt", "-inkey", privateKeyPath, "-pkeyopt", "rsa_padding_mode:oaep",
+           "-pkeyopt", "rsa_oaep_md:sha256", "-pkeyopt", "rsa_mgf1_md:sha256", "-in",
+           scratch.File("wrapped"), "-out", scratch.File("content-key")},
+          &diagnostics))
     return Fail(error, "unwrapping the content key failed: " + diagnostics);
   opened->contentKey = ReadBytes(scratch.File("content-key"));
   if (opened->contentKey.size() != 32)
     return Fail(error, "content key of " + std::to_string(opened->contentKey.size()) + " bytes");
-  if (!RunOpenssl({"dgst", "-sha256", "-mac", "HMAC", "-macopt",
-                   "hexkey:" + Hex(opened->contentKey), "-binary", "-out",
-                   scratch.File("aes-key"), scratch.File("salt")},
-                  &diagnostics))
+  if (!RunOpenssl(
+          {"dgst", "-sha256", "-mac", "HMAC", "-macopt", "hexkey:" + Hex(opened->contentKey),
+           "-binary", "-out", scratch.File("aes-key"), scratch.File("salt")},
+          &diagnostics))
     return Fail(error, "deriving the AES key failed: " + diagnostics);
   opened->aesKey = ReadBytes(scratch.File("aes-key"));
-  if (!RunOpenssl({"enc", "-d", "-aes-256-cbc", "-K", Hex(opened->aesKey), "-iv",
-                   Hex(opened->iv), "-in", scratch.File("cipher"), "-out",
-                   scratch.File("payload")},
+  if (!RunOpenssl({"enc", "-d", "-aes-256-cbc", "-K", Hex(opened->aesKey), "-iv", Hex(opened->iv),
+                   "-in", scratch.File("cipher"), "-out", scratch.File("payload")},
                   &diagnostics))
     return Fail(error, "decrypting the payload failed: " + diagnostics);
   const std::vector<uint8_t> payload = ReadBytes(scratch.File("payload"));
@@ -203,9 +202,9 @@ std::optional<std::string> OpenSealedField(const std::string& fieldText, std::st
   ScratchDir scratch;
   std::string diagnostics;
   if (!scratch.ok() || !WriteText(scratch.File("field"), fieldText) ||
-      !RunOpenssl({"base64", "-d", "-A", "-in", scratch.File("field"), "-out",
-                   scratch.File("blob")},
-                  &diagnostics)) {
+      !RunOpenssl(
+          {"base64", "-d", "-A", "-in", scratch.File("field"), "-out", scratch.File("blob")},
+          &diagnostics)) {
     Fail(error, "base64 decoding failed: " + diagnostics);
     return std::nullopt;
   }

@@ -25,7 +25,7 @@ struct OpenedBlob {
   uint32_t totalLength = 0;   // bytes 6..9
   uint8_t aesMode = 0;
   uint8_t keyType = 0;
-  uint32_t reserved = 0;      // bytes 12..15
+  uint32_t reserved = 0;  // bytes 12..15
   std::vector<uint8_t> digest, salt, wrappedKey, iv, cipherText;
   std::vector<uint8_t> contentKey, aesKey;
   std::string payload;
@@ -67,4 +67,6 @@ bool WriteBytes(const std::string& path, const std::vector<uint8_t>& bytes);
 bool WriteText(const std::string& path, const std::string& text);
 std::vector<uint8_t> ReadBytes(const std::string& path);
 std::string Hex(const uint8_t* bytes, size_t length);
-inline std::string Hex(const std::vector<uint8_t>& bytes) { return Hex(bytes.data(), bytes.size()); }
+inline std::string Hex(const std::vector<uint8_t>& bytes) {
+  return Hex(bytes.data(), bytes.size());
+}

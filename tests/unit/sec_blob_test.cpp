@@ -30,7 +30,8 @@ std::vector<uint8_t> Bytes(const uint8_t* data, size_t length) {
 }
 
 bool EndsWith(const std::string& text, const std::string& tail) {
-  return text.size() >= tail.size() && text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
+  return text.size() >= tail.size() &&
+         text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
 }
 
 // The key text form of a PEM public key: its base64 body, every line ended by "\n".
@@ -71,10 +72,9 @@ Sealed Seal(uint32_t aesMode, uint32_t keyType, const std::vector<uint8_t>& payl
   sealed.blob.assign(payload.size() + 1024, 0xEE);
   uint32_t length = static_cast<uint32_t>(sealed.blob.size());
   sealed.printed = StdoutOf([&] {
-    sealed.result = SecBlobEnc_KT_Encrypt(aesMode, keyType, payload.data(),
-                                          static_cast<uint32_t>(payload.size()), keyText,
-                                          static_cast<uint32_t>(strlen(keyText)),
-                                          sealed.blob.data(), &length);
+    sealed.result = SecBlobEnc_KT_Encrypt(
+        aesMode, keyType, payload.data(), static_cast<uint32_t>(payload.size()), keyText,
+        static_cast<uint32_t>(strlen(keyText)), sealed.blob.data(), &length);
   });
   if (sealed.result == kSecBlobSuccess) sealed.blob.resize(length);
   return sealed;
@@ -89,8 +89,8 @@ TEST(SealedBlobInterop, OpensWithTheOpensslToolAndTheTestKey) {
     uint32_t blobLength;
   };
   const Case cases[] = {
-      {0, 0, 368},    {0, 1, 368},    {0, 15, 368},   {0, 16, 384},
-      {0, 17, 384},   {0, 239, 592},  {1, 40, 400},   {0, 99500, 99856},
+      {0, 0, 368},  {0, 1, 368},   {0, 15, 368}, {0, 16, 384},
+      {0, 17, 384}, {0, 239, 592}, {1, 40, 400}, {0, 99500, 99856},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE("payload of " + std::to_string(c.payloadLength) + " bytes, key type " +
@@ -113,9 +113,8 @@ TEST(SealedBlobInterop, OpensWithTheOpensslToolAndTheTestKey) {
     EXPECT_EQ(opened.keyType, c.keyType);
     EXPECT_EQ(opened.reserved, 0u);
     EXPECT_EQ(opened.wrappedKey.size(), 256u);
-    EXPECT_EQ(opened.digest, Bytes(c.keyType == 1 ? pubkey3072_OFFICIAL_SHA256
-                                                  : pubkey2048_OFFICIAL_SHA256,
-                                   32));
+    EXPECT_EQ(opened.digest,
+              Bytes(c.keyType == 1 ? pubkey3072_OFFICIAL_SHA256 : pubkey2048_OFFICIAL_SHA256, 32));
   }
 }
 
@@ -189,8 +188,8 @@ TEST(SealedBlobRefusals, ResultAndMessageLeaveTheOutputUntouched) {
   };
   const char* official = RSA_PUBKEY_2048_OFFICIAL;
   const Case cases[] = {
-      {"one byte over the limit", 1, 0, 99501, official, 2,
-       "ERROR[88]: too long bufLen [99501].\n", nullptr},
+      {"one byte over the limit", 1, 0, 99501, official, 2, "ERROR[88]: too long bufLen [99501].\n",
+       nullptr},
       {"length compared unsigned", 1, 0, 0xFFFFFFFFu, official, 2,
        "ERROR[88]: too long bufLen [-1].\n", nullptr},
       {"limit checked before the key type", 1, 7, 99501, official, 2,
@@ -216,9 +215,9 @@ TEST(SealedBlobRefusals, ResultAndMessageLeaveTheOutputUntouched) {
     uint32_t outLength = 700;
     uint32_t result = 0;
     const std::string printed = StdoutOf([&] {
-      result = SecBlobEnc_KT_Encrypt(c.aesMode, c.keyType, payload.data(), c.length, c.keyText,
-                                     static_cast<uint32_t>(strlen(c.keyText)), out.data(),
-                                     &outLength);
+      result =
+          SecBlobEnc_KT_Encrypt(c.aesMode, c.keyType, payload.data(), c.length, c.keyText,
+                                static_cast<uint32_t>(strlen(c.keyText)), out.data(), &outLength);
     });
     EXPECT_EQ(result, c.result);
     if (c.printedTail == nullptr) {
@@ -245,9 +244,8 @@ TEST(SealedBlobRefusals, RoomMustHoldTheWholeBlob) {
     SCOPED_TRACE(room);
     std::vector<uint8_t> out(385, 0xEE);
     uint32_t outLength = room;
-    const uint32_t result = SecBlobEnc_KT_Encrypt(1, 0, payload.data(), 20,
-                                                  RSA_PUBKEY_2048_OFFICIAL, 399, out.data(),
-                                                  &outLength);
+    const uint32_t result = SecBlobEnc_KT_Encrypt(
+        1, 0, payload.data(), 20, RSA_PUBKEY_2048_OFFICIAL, 399, out.data(), &outLength);
     if (room < 384) {
       EXPECT_EQ(result, kSecBlobInvalidArgument);
       EXPECT_EQ(outLength, room);
@@ -269,9 +267,8 @@ TEST(SealedBlobInternals, AesRoutinesReportTheCipherStatus) {
   ScratchDir scratch;
   std::string diagnostics;
   ASSERT_TRUE(WriteBytes(scratch.File("zeros"), std::vector<uint8_t>(16, 0)));
-  ASSERT_TRUE(RunOpenssl({"enc", "-aes-256-cbc", "-nopad", "-K", Hex(key, 32), "-iv",
-                          Hex(iv, 16), "-in", scratch.File("zeros"), "-out",
-                          scratch.File("unpadded")},
+  ASSERT_TRUE(RunOpenssl({"enc", "-aes-256-cbc", "-nopad", "-K", Hex(key, 32), "-iv", Hex(iv, 16),
+                          "-in", scratch.File("zeros"), "-out", scratch.File("unpadded")},
                          &diagnostics))
       << diagnostics;
   const std::vector<uint8_t> unpadded = ReadBytes(scratch.File("unpadded"));
@@ -294,20 +291,20 @@ TEST(SealedBlobInternals, AesRoutinesReportTheCipherStatus) {
   };
   const Case cases[] = {
       {"encrypt one block", SecBlobEncInternal_AESEncrypt, 1, 32, 16, plain, 32, 0, 32, ""},
-      {"encrypt without room for the padding", SecBlobEncInternal_AESEncrypt, 1, 32, 16, plain,
-       31, 99, 0, "AES Error[-4301]\n"},
+      {"encrypt without room for the padding", SecBlobEncInternal_AESEncrypt, 1, 32, 16, plain, 31,
+       99, 0, "AES Error[-4301]\n"},
       {"encrypt in mode 0", SecBlobEncInternal_AESEncrypt, 0, 32, 16, plain, 32, 2, 0,
        "AES Error. Unsupported AES Mode.\n"},
       {"decrypt in mode 0", SecBlobEncInternal_AESDecrypt, 0, 32, 16, unpadded, 32, 2, 0,
        "AES Error. Unsupported AES Mode.\n"},
-      {"decrypt a padding that does not verify", SecBlobEncInternal_AESDecrypt, 1, 32, 16,
-       unpadded, 32, 99, 0, "AES Error[-4304]\n"},
-      {"decrypt a partial block", SecBlobEncInternal_AESDecrypt, 1, 32, 16, Pattern(17, 0), 32,
-       99, 0, "AES Error[-4303]\n"},
+      {"decrypt a padding that does not verify", SecBlobEncInternal_AESDecrypt, 1, 32, 16, unpadded,
+       32, 99, 0, "AES Error[-4304]\n"},
+      {"decrypt a partial block", SecBlobEncInternal_AESDecrypt, 1, 32, 16, Pattern(17, 0), 32, 99,
+       0, "AES Error[-4303]\n"},
       {"key of 20 bytes", SecBlobEncInternal_AESEncrypt, 1, 20, 16, plain, 32, 99, 0,
        "AES Error[-4310]\n"},
-      {"IV said to be shorter than a block", SecBlobEncInternal_AESEncrypt, 1, 32, 8, plain, 32,
-       99, 0, "AES Error[-4300]\n"},
+      {"IV said to be shorter than a block", SecBlobEncInternal_AESEncrypt, 1, 32, 8, plain, 32, 99,
+       0, "AES Error[-4300]\n"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
@@ -341,11 +338,10 @@ TEST(SealedBlobInternals, HmacMatchesPublishedVectors) {
   };
   for (const Case& c : cases) {
     uint8_t mac[32] = {};
-    EXPECT_EQ(SecBlobEncInternal_GenerateHMAC(
-                  reinterpret_cast<const uint8_t*>(c.key.data()),
-                  static_cast<uint32_t>(c.key.size()),
-                  reinterpret_cast<const uint8_t*>(c.data.data()),
-                  static_cast<uint32_t>(c.data.size()), mac),
+    EXPECT_EQ(SecBlobEncInternal_GenerateHMAC(reinterpret_cast<const uint8_t*>(c.key.data()),
+                                              static_cast<uint32_t>(c.key.size()),
+                                              reinterpret_cast<const uint8_t*>(c.data.data()),
+                                              static_cast<uint32_t>(c.data.size()), mac),
               0u);
     EXPECT_EQ(Hex(mac, 32), c.mac);
   }
@@ -379,10 +375,9 @@ TEST(SealedBlobInternals, OutputDataWritesTheBytesOrSaysItCannot) {
   const std::vector<uint8_t> bytes = Pattern(300, 4);
   EXPECT_EQ(StdoutOf([&] { outputData(bytes.data(), 300, scratch.File("dump").c_str()); }), "");
   EXPECT_EQ(ReadBytes(scratch.File("dump")), bytes);
-  EXPECT_EQ(StdoutOf([&] {
-              outputData(bytes.data(), 300, scratch.File("no-such-dir/dump").c_str());
-            }),
-            "cannot open file");
+  EXPECT_EQ(
+      StdoutOf([&] { outputData(bytes.data(), 300, scratch.File("no-such-dir/dump").c_str()); }),
+      "cannot open file");
 }
 
 // ---- Storage cipher ----------------------------------------------------------
@@ -434,8 +429,8 @@ TEST(StorageCipher, InteroperatesWithTheOpensslTool) {
     const std::vector<uint8_t> theirs = ReadBytes(scratch.File("theirs"));
     std::vector<uint8_t> opened(255, 0);
     uint32_t openedLength = 255;
-    ASSERT_EQ(Decode_Storage(theirs.data(), static_cast<uint32_t>(theirs.size()), seed1, 32,
-                             seed2, 32, seed3, 16, opened.data(), &openedLength),
+    ASSERT_EQ(Decode_Storage(theirs.data(), static_cast<uint32_t>(theirs.size()), seed1, 32, seed2,
+                             32, seed3, 16, opened.data(), &openedLength),
               0u);
     opened.resize(openedLength);
     EXPECT_EQ(opened, payload);
@@ -450,10 +445,10 @@ TEST(StorageCipher, FailuresPrintTheirNumberedMessage) {
   ScratchDir scratch;
   std::string diagnostics;
   ASSERT_TRUE(WriteBytes(scratch.File("zeros"), std::vector<uint8_t>(32, 0)));
-  ASSERT_TRUE(RunOpenssl({"enc", "-aes-256-cbc", "-nopad", "-K", StorageKeyHex(keyA, 32, keyB, 32),
-                          "-iv", Hex(iv, 16), "-in", scratch.File("zeros"), "-out",
-                          scratch.File("bad")},
-                         &diagnostics))
+  ASSERT_TRUE(
+      RunOpenssl({"enc", "-aes-256-cbc", "-nopad", "-K", StorageKeyHex(keyA, 32, keyB, 32), "-iv",
+                  Hex(iv, 16), "-in", scratch.File("zeros"), "-out", scratch.File("bad")},
+                 &diagnostics))
       << diagnostics;
   const std::vector<uint8_t> badPadding = ReadBytes(scratch.File("bad"));
   ASSERT_EQ(badPadding.size(), 32u);
@@ -472,7 +467,10 @@ TEST(StorageCipher, FailuresPrintTheirNumberedMessage) {
        "AES Error[-4304]\nERROR[97]: AES Decrypt failed[99].\n"},
       {"decrypt a partial block", Decode_Storage, Pattern(33, 0), 255,
        "AES Error[-4303]\nERROR[97]: AES Decrypt failed[99].\n"},
-      {"decrypt nothing", Decode_Storage, {}, 255,
+      {"decrypt nothing",
+       Decode_Storage,
+       {},
+       255,
        "AES Error[-4304]\nERROR[97]: AES Decrypt failed[99].\n"},
   };
   for (const Case& c : cases) {
