@@ -4,6 +4,7 @@
 #include <string>
 
 #include "frame/fixed_text.h"
+#include "frame/ppd_queries.h"
 #include "platform/text_codec.h"
 
 namespace {
@@ -69,9 +70,10 @@ int32_t ConvertUTF8ToPPDEncoding(const char* source, char* destination, int32_t 
 }
 
 CFStringEncoding GetCFStringSimEncodingFromPPD(ppd_file_t* ppd) {
-  if (ppd == nullptr || ppd->lang_encoding == nullptr) return kCFStringEncodingUTF8;
-  if (std::strcmp(ppd->lang_encoding, "JIS83-RKSJ") == 0) return kCFStringEncodingJIS_X0208_83;
-  return kCFStringEncodingUTF8;
+  // The attribute, not ppd->lang_encoding: libcups reports its own text
+  // encoding there rather than the file's value.
+  return PPDAttrEquals(ppd, "LanguageEncoding", "JIS83-RKSJ") ? kCFStringEncodingJIS_X0208_83
+                                                              : kCFStringEncodingUTF8;
 }
 
 bool checkIfCharacterIsMultibyte(const char* text) {
