@@ -174,29 +174,6 @@ TEST(GetHostAddress, ResolvesNumericNames) {
   EXPECT_EQ(std::string(output, 4), "xxxx");
 }
 
-TEST(GetClientIPAddress, HostNameAndAddressTextOfThisComputer) {
-  unsetenv("PPD");
-  char hostName[kHostNameStrSize];
-  char address[kIPAddressStrSize];
-  std::memset(address, 'x', sizeof address);
-  GetClientIPAddress(hostName, address);
-  char expectedHost[kHostNameStrSize];
-  getHostName(expectedHost);
-  EXPECT_STREQ(hostName, expectedHost);
-  // The address text has one of the two forms, or nothing when the host
-  // name does not resolve here.
-  std::string text(address);
-  char numeric[kHostAddressCapacity];
-  if (getHostAddress(hostName, numeric, sizeof numeric)) {
-    char expected[kIPAddressStrSize];
-    FormatClientAddressText(numeric, expected, sizeof expected);
-    EXPECT_EQ(text, expected);
-  } else {
-    EXPECT_EQ(text, "");
-  }
-  EXPECT_TRUE(text.empty() || text[0] == 'I' || text[0] == '6') << text;
-}
-
 TEST(HostIdentityDeathTest, BrokenInvariantsExitCleanly) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   char output[kHostAddressCapacity];
