@@ -24,28 +24,19 @@ int32_t TicketAtoi(const char* text) {
 
 bool HoldsInteger(int32_t size) { return size >= static_cast<int32_t>(sizeof(int32_t)); }
 
-using Converter = int32_t (*)(const char* source, char* destination, int32_t size);
-
-// The common path of the converting string getters: destination zeroed,
-// value cut to the work buffer, slash-numeric decoded, converted.
-// Returns the converted length, or -1 when the key is absent.
-int32_t ReadDecodedString(const char* key, int32_t optionCount, cups_option_t* options,
-                          void* destination, int32_t size, Converter convert) {
+// The common start of the converting string getters: destination zeroed,
+// value cut to the work buffer and slash-numeric decoded. False when the key
+// is absent.
+bool ReadDecodedValue(const char* key, int32_t optionCount, cups_option_t* options,
+                      void* destination, int32_t size, char (&work)[kWorkBufferSize]) {
   char* text = static_cast<char*>(destination);
   if (text != nullptr && size > 0) ZeroText(text, static_cast<size_t>(size));
   const char* value = cupsGetOption(key, optionCount, options);
-  if (value == nullptr) return -1;
-  char work[kWorkBufferSize] = {};
+  if (value == nullptr) return false;
+  ZeroText(work, sizeof work);
   CopyText(work, sizeof work, value);
   numstrtochar(work, kWorkBufferSize);
-  return convert(work, text, size);
-}
-
-// The converter the PPD-encoding getter binds: the encoding is looked up
-// before the key is read.
-CFStringEncoding gPPDEncoding = kCFStringEncodingUTF8;
-int32_t ConvertToPPDEncoding(const char* source, char* destination, int32_t size) {
-  return ConvertUTF8ToPPDEncoding(source, destination, size, gPPDEncoding);
+  return true;
 }
 
 // The N-up text shared by the job-attribute and comment getters: the
@@ -135,41 +126,48 @@ unsigned GetTicketString(const char* key, int32_t optionCount, cups_option_t* op
 unsigned GetTicketStringConvertedToPrtLang(const char* key, int32_t optionCount,
                                            cups_option_t* options, void* destination,
                                            int32_t size) {
-  return ReadDecodedString(key, optionCount, options, destination, size,
-                           ConvertUTF8ToEncoding) < 0 ? 0 : 1;
+  char work[kWorkBufferSize];
+  if (!ReadDecodedValue(key, optionCount, options, destination, size, work)) return 0;
+  ConvertUTF8ToEncoding(work, static_cast<char*>(destination), size);
+  return 1;
 }
 
 unsigned GetTicketStringConvertedToPrtLangForUTF8(const char* key, int32_t optionCount,
                                                   cups_option_t* options, void* destination,
                                                   int32_t size) {
-  return ReadDecodedString(key, optionCount, options, destination, size,
-                           ConvertUTF8ToEncodingForUTF8) < 0 ? 0 : 1;
+  char work[kWorkBufferSize];
+  if (!ReadDecodedValue(key, optionCount, options, destination, size, work)) return 0;
+  ConvertUTF8ToEncodingForUTF8(work, static_cast<char*>(destination), size);
+  return 1;
 }
 
 unsigned GetLengthOfTicketStringConvertedToPrtLang(const char* key, int32_t optionCount,
                                                    cups_option_t* options, void* destination,
                                                    int32_t size) {
-  int32_t length = ReadDecodedString(key, optionCount, options, destination, size,
-                                     ConvertUTF8ToEncoding);
-  return length < 0 ? 0 : static_cast<unsigned>(length);
+  char work[kWorkBufferSize];
+  if (!ReadDecodedValue(key, optionCount, options, destination, size, work)) return 0;
+  return static_cast<unsigned>(ConvertUTF8ToEncoding(work, static_cast<char*>(destination), size));
 }
 
 unsigned GetLengthOfTicketStringConvertedToPrtLangForUTF8(const char* key, int32_t optionCount,
                                                           cups_option_t* options,
                                                           void* destination, int32_t size) {
-  int32_t length = ReadDecodedString(key, optionCount, options, destination, size,
-                                     ConvertUTF8ToEncodingForUTF8);
-  return length < 0 ? 0 : static_cast<unsigned>(length);
+  char work[kWorkBufferSize];
+  if (!ReadDecodedValue(key, optionCount, options, destination, size, work)) return 0;
+  return static_cast<unsigned>(
+      ConvertUTF8ToEncodingForUTF8(work, static_cast<char*>(destination), size));
 }
 
 unsigned GetTicketStringConvertedToPPDEncodingString(const char* key, int32_t optionCount,
                                                      cups_option_t* options, void* destination,
                                                      int32_t size) {
   ppd_file_t* ppd = AcquireJobPPD();
-  gPPDEncoding = GetCFStringSimEncodingFromPPD(ppd);
+  CFStringEncoding encoding = GetCFStringSimEncodingFromPPD(ppd);
   ReleaseJobPPD(ppd);
-  return ReadDecodedString(key, optionCount, options, destination, size,
-                           ConvertToPPDEncoding) < 0 ? 0 : 1;
+  char work[kWorkBufferSize];
+  if (!ReadDecodedValue(key, optionCount, options, destination, size, work)) return 0;
+  ConvertUTF8ToPPDEncoding(work, static_cast<char*>(destination), size, encoding);
+  return 1;
 }
 
 unsigned GetNumberUpTicketString(const char* key, int32_t optionCount, cups_option_t* options,
