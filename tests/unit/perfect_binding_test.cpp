@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,8 @@ struct HeaderCase {
   std::string ticket;
   std::vector<std::string> lines;
 };
+
+void PrintTo(const HeaderCase& c, std::ostream* os) { *os << c.name; }
 
 class PerfectBindHeader : public testing::TestWithParam<HeaderCase> {};
 

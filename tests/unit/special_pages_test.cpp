@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstring>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -64,6 +65,8 @@ struct HeaderCase {
   Ticket ticket;
   std::vector<std::string> lines;
 };
+
+void PrintTo(const HeaderCase& c, std::ostream* os) { *os << c.name; }
 
 class SpecialPageHeader : public testing::TestWithParam<HeaderCase> {};
 
