@@ -95,11 +95,11 @@ int32_t ReadFields(const char* record, int32_t position, Field* fields, int32_t 
   return position;
 }
 
-// The index "%d" would print for `digits`, when it is below `limit`.
+// The index written as `digits`, when it is below `limit`. Other spellings
+// ("01") drop out later: the key is formed again with "%d" to be read.
 bool ParseRecordIndex(const char* digits, int32_t limit, int32_t* index) {
   size_t length = std::strlen(digits);
   if (length == 0 || length > 10) return false;
-  if (length > 1 && digits[0] == '0') return false;
   int64_t value = 0;
   for (size_t i = 0; i < length; ++i) {
     if (digits[i] < '0' || digits[i] > '9') return false;
