@@ -13,7 +13,8 @@ const std::string kSP = " com.korvanel.qd.jtz.printsettings.ZPIF";
 
 std::string Lines(const std::vector<std::string>& attributes) {
   std::string text;
-  for (const std::string& attribute : attributes) text += "@PJL SET JOBATTR=\"@" + attribute + "\"\n";
+  for (const std::string& attribute : attributes)
+    text += "@PJL SET JOBATTR=\"@" + attribute + "\"\n";
   return text;
 }
 
@@ -142,8 +143,8 @@ INSTANTIATE_TEST_SUITE_P(
                   "ppd/perfect_binding.ppd"},
         BlockCase{"TwoCovers",
                   kSP + "CoverCountTicket=2" + kSP + "CommandTicket_0=0,0,0,5" + kSP +
-                      "CommandTicket_1=0,1,0,12" + kSP + "CoverValueTicket_0=0,0,print-both" +
-                      kSP + "CoverValueTicket_1=1,1,print-front,Plain,custom_2,2159,2794",
+                      "CommandTicket_1=0,1,0,12" + kSP + "CoverValueTicket_0=0,0,print-both" + kSP +
+                      "CoverValueTicket_1=1,1,print-front,Plain,custom_2,2159,2794",
                   {"EFCV=PRINTBOTH", "EMCT=TRAYT1", "EBCV=PRINTFRONT", "EMCP=FORMALSIZE",
                    "EMCW=2159", "EMCH=2794", "EMCQ=Plain", "EMCC=CUSTOM2"},
                   "ppd/perfect_binding.ppd"},
@@ -160,23 +161,23 @@ INSTANTIATE_TEST_SUITE_P(
                   {"EOVS=2", "EMCP=FORMALSIZE", "EMCW=2970", "EMCH=4200", "EMCQ=Plain",
                    "EMCC=CLEAR", "EMDP=TUMBLE", "EOVE=5"},
                   "ppd/perfect_binding.ppd"},
-        BlockCase{"UnmappedColours",
-                  kSP + "CoverCountTicket=1" + kSP + "InsertionCountTicket=1" + kSP +
-                      "CommandTicket_0=0,0,0,5" + kSP + "CommandTicket_1=1,0,0,0,5" + kSP +
-                      "CoverValueTicket_0=0,1,print-front,Plain,Blue,10,20" + kSP +
-                      "InsertionValueTicket_0=1,1,1,purple,10,20,Plain",
-                  {"EFCV=PRINTFRONT", "EMCP=FORMALSIZE", "EMCW=10", "EMCH=20", "EMCQ=Plain",
-                   "EBCV=NONE", "EIST=1", "EMCP=FORMALSIZE", "EMCW=10", "EMCH=20", "EMCQ=Plain",
-                   "EISC=1"},
-                  "ppd/perfect_binding.ppd"},
+        BlockCase{
+            "UnmappedColours",
+            kSP + "CoverCountTicket=1" + kSP + "InsertionCountTicket=1" + kSP +
+                "CommandTicket_0=0,0,0,5" + kSP + "CommandTicket_1=1,0,0,0,5" + kSP +
+                "CoverValueTicket_0=0,1,print-front,Plain,Blue,10,20" + kSP +
+                "InsertionValueTicket_0=1,1,1,purple,10,20,Plain",
+            {"EFCV=PRINTFRONT", "EMCP=FORMALSIZE", "EMCW=10", "EMCH=20", "EMCQ=Plain", "EBCV=NONE",
+             "EIST=1", "EMCP=FORMALSIZE", "EMCW=10", "EMCH=20", "EMCQ=Plain", "EISC=1"},
+            "ppd/perfect_binding.ppd"},
         BlockCase{"AbsentCounts",
                   kSP + "CommandTicket_0=0,0,0,5" + kSP + "CoverValueTicket_0=0,0,print-front",
                   {},
                   "ppd/perfect_binding.ppd"},
         BlockCase{"NegativeCount",
                   kSP + "CoverCountTicket=-1" + kSP + "ExceptionCountTicket=1" + kSP +
-                      "CommandTicket_0=2,0,33" + kSP + "CoverValueTicket_0=0,0,print-front" +
-                      kSP + "ExceptionValueTicket_0=0,0,0,1,1,one-sided,Plain,white,1,2",
+                      "CommandTicket_0=2,0,33" + kSP + "CoverValueTicket_0=0,0,print-front" + kSP +
+                      "ExceptionValueTicket_0=0,0,0,1,1,one-sided,Plain,white,1,2",
                   {"EOVS=1", "EMCP=CUSTOM", "EMCW=1", "EMCH=2", "EMCQ=Plain", "EMCC=WHITE",
                    "EMDP=SIMPLEX", "EOVE=1"},
                   "ppd/perfect_binding.ppd"},

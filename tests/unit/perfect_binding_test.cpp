@@ -23,7 +23,8 @@ std::string RunPerfectBind(const std::string& ticket) {
 
 std::string Lines(const std::vector<std::string>& attributes) {
   std::string text;
-  for (const std::string& attribute : attributes) text += "@PJL SET JOBATTR=\"@" + attribute + "\"\n";
+  for (const std::string& attribute : attributes)
+    text += "@PJL SET JOBATTR=\"@" + attribute + "\"\n";
   return text;
 }
 
@@ -52,8 +53,8 @@ INSTANTIATE_TEST_SUITE_P(
         HeaderCase{"SpecifiedSizeCentresTheImageRight",
                    "KRPBindPosition=BindRight KRPBindTrimming=1EdgeSpecifySize KRPBindPageSize=A3 "
                    "KRPBindCutPageSize=A4 KRPBindCutPositionFore=5mm",
-                   {"PBRE=RIGHT", "MSDA=ROTLEFPORT", "PBTC=FACE", "PBBP=A3", "PBTP=A4",
-                    "PBTW=2100", "PBTH=2970", "ISXO=435", "ISXT=-435", "PBCI=OFF"}},
+                   {"PBRE=RIGHT", "MSDA=ROTLEFPORT", "PBTC=FACE", "PBBP=A3", "PBTP=A4", "PBTW=2100",
+                    "PBTH=2970", "ISXO=435", "ISXT=-435", "PBCI=OFF"}},
         HeaderCase{"ForeEdgeCutIgnoresTheTopPosition",
                    "KRPBindPosition=BindTop KRPBindTrimming=1EdgeCut KRPBindPageSize=Letter "
                    "KRPBindCutPageSize=A4 KRPBindCutPositionFore=10mm KRPBindCutPositionTop=4mm",
@@ -62,8 +63,8 @@ INSTANTIATE_TEST_SUITE_P(
         HeaderCase{"ThreeEdgeCutTakesBothPositions",
                    "KRPBindPosition=BindRight KRPBindTrimming=3EdgeCut KRPBindPageSize=Tabloid "
                    "KRPBindCutPositionFore=3mm KRPBindCutPositionTop=5mm",
-                   {"PBRE=RIGHT", "MSDA=ROTLEFPORT", "PBTC=FULLBLEED", "PBBP=LEDGER",
-                    "PBTP=CUSTOM", "PBTW=2760", "PBTH=4220", "ISXO=15", "ISXT=-15", "PBCI=OFF"}},
+                   {"PBRE=RIGHT", "MSDA=ROTLEFPORT", "PBTC=FULLBLEED", "PBBP=LEDGER", "PBTP=CUSTOM",
+                    "PBTW=2760", "PBTH=4220", "ISXO=15", "ISXT=-15", "PBCI=OFF"}},
         HeaderCase{"TopPositionAloneWritesNoWidth",
                    "KRPBindPosition=BindLeft KRPBindTrimming=3EdgeCut KRPBindPageSize=A4 "
                    "KRPBindCutPositionTop=5mm",
@@ -73,7 +74,8 @@ INSTANTIATE_TEST_SUITE_P(
                    "KRPBindPosition=BindLeft KRPBindTrimming=None KRPBindPageSize=A5 "
                    "KRPBindCutPageSize=A3 KRPBindCutPositionFore=7mm",
                    {"PBRE=LEFT", "MSDA=ROTSEFLAND", "PBTC=OFF", "PBBP=A5", "PBTP=A5", "PBCI=OFF"}},
-        HeaderCase{"UnknownChoicesPassThrough", "KRPBindPosition=Middle KRPBindTrimming=Shave",
+        HeaderCase{"UnknownChoicesPassThrough",
+                   "KRPBindPosition=Middle KRPBindTrimming=Shave",
                    {"PBRE=Middle", "MSDA=", "PBTC=Shave", "PBTP=CUSTOM", "PBTW=0", "PBTH=0",
                     "ISXO=0", "ISXT=0", "PBCI=OFF"}},
         HeaderCase{"PageSizeNobodyKnows",
@@ -89,11 +91,11 @@ INSTANTIATE_TEST_SUITE_P(
                    "KRPBindCoverAdjustY=-7 KRPBindCutPositionAdjustmentTB=8",
                    {"PBRE=RIGHT", "MSDA=ROTLEFPORT", "PBTC=OFF", "PBTP=", "PBAW=1", "PBAH=2",
                     "PBAB=3", "PBAT=4", "PBAF=-5", "PBAX=-6", "PBAY=-7", "PBAV=-8", "PBCI=OFF"}},
-        HeaderCase{"ModeTwoFlipsOnTop",
-                   "KRPBindPosition=BindTop KRPBindTrimming=None KRPBindRotationAdjustFore=5 "
-                   "KRPBindCoverAdjustY=-7",
-                   {"PBRE=TOP", "MSDA=ROTSEFLAND", "PBTC=OFF", "PBTP=", "PBAF=5", "PBAY=7",
-                    "PBCI=OFF"}},
+        HeaderCase{
+            "ModeTwoFlipsOnTop",
+            "KRPBindPosition=BindTop KRPBindTrimming=None KRPBindRotationAdjustFore=5 "
+            "KRPBindCoverAdjustY=-7",
+            {"PBRE=TOP", "MSDA=ROTSEFLAND", "PBTC=OFF", "PBTP=", "PBAF=5", "PBAY=7", "PBCI=OFF"}},
         // The colour, not the tray, decides whether the tray line is written.
         HeaderCase{"TrayWithoutColourIsNotWritten",
                    "KRPBindPosition=BindLeft KRPBindTrimming=None KRPBindCoverPaperTray=MSI",
@@ -106,8 +108,9 @@ INSTANTIATE_TEST_SUITE_P(
     [](const testing::TestParamInfo<HeaderCase>& info) { return info.param.name; });
 
 TEST(PerfectBind, ReadingNormalisesTheRecord) {
-  RunPerfectBind("KRPBindPosition=BindRight KRPBindTrimming=3EdgeCutMinimum "
-                 "KRPBindImagePosition=3 KRPBindCutPageSize=A4");
+  RunPerfectBind(
+      "KRPBindPosition=BindRight KRPBindTrimming=3EdgeCutMinimum "
+      "KRPBindImagePosition=3 KRPBindCutPageSize=A4");
   EXPECT_STREQ(psoptionpbind.cutPositionFore, "7mm");
   EXPECT_STREQ(psoptionpbind.cutPositionTop, "7mm");
   EXPECT_STREQ(psoptionpbind.cutPageSize, "");
@@ -121,7 +124,10 @@ TEST(PerfectBind, ReadingNormalisesTheRecord) {
 
 TEST(PerfectBind, PageSizesInTenthsOfAMillimetre) {
   setenv("PPD", (std::string(ZPJL_FIXTURES) + "/ppd/perfect_binding.ppd").c_str(), 1);
-  struct { const char* name; int32_t width, length; } cases[] = {
+  struct {
+    const char* name;
+    int32_t width, length;
+  } cases[] = {
       {"A4", 2100, 2970}, {"B5", 1820, 2570}, {"A5", 1470, 2100}, {"KR13x19", 0, 0}, {"", 0, 0}};
   for (const auto& c : cases) {
     int32_t width = -1, length = -1;
@@ -132,17 +138,27 @@ TEST(PerfectBind, PageSizesInTenthsOfAMillimetre) {
 }
 
 TEST(PerfectBind, DigitalWriter) {
-  struct { const char* text; const char* position; int32_t mode; const char* value; } cases[] = {
-      {"5", "RIGHT", 0, "5"},   {"5", "LEFT", 1, "5"},       {"5", "RIGHT", 2, "5"},
-      {"abc", "RIGHT", 1, "0"}, {"7mm", "LEFT", 2, "-7"},
+  struct {
+    const char* text;
+    const char* position;
+    int32_t mode;
+    const char* value;
+  } cases[] = {
+      {"5", "RIGHT", 0, "5"},
+      {"5", "LEFT", 1, "5"},
+      {"5", "RIGHT", 2, "5"},
+      {"abc", "RIGHT", 1, "0"},
+      {"7mm", "LEFT", 2, "-7"},
       // The most negative number has no positive twin: it wraps to itself.
-      {"-2147483648", "RIGHT", 1, "-2147483648"}, {"", "RIGHT", 1, nullptr},
+      {"-2147483648", "RIGHT", 1, "-2147483648"},
+      {"", "RIGHT", 1, nullptr},
   };
   for (const auto& c : cases) {
     testing::internal::CaptureStdout();
     OutputZPJLCommandforPBindDigital(c.text, 1, "PBAX", c.position, c.mode);
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              c.value ? Lines({std::string("PBAX=") + c.value}) : "") << c.text << c.mode;
+              c.value ? Lines({std::string("PBAX=") + c.value}) : "")
+        << c.text << c.mode;
   }
 }
 
@@ -163,10 +179,19 @@ TEST(PerfectBind, HostileValuesStaySafe) {
 TEST(PerfectBind, TranslationTable) {
   ASSERT_EQ(PerfectBindParamNum, 77);
   EXPECT_STREQ(PerfectBindParam[PerfectBindParamNum].ppdName, "");
-  struct { const char* name; const char* word; } cases[] = {
-      {"KR122x170", "DT_SPECIALA3"}, {"TabloidExtra", "12X18"}, {"Default", "OFF"},
-      {"CustomSizedPaper5", "USER5"}, {"Other", "OTHER"},       {"HCF1", "INTRAY6"},
-      {"PBindInserter", "INTRAY9"},  {"a4", ""},                {"", ""},
+  struct {
+    const char* name;
+    const char* word;
+  } cases[] = {
+      {"KR122x170", "DT_SPECIALA3"},
+      {"TabloidExtra", "12X18"},
+      {"Default", "OFF"},
+      {"CustomSizedPaper5", "USER5"},
+      {"Other", "OTHER"},
+      {"HCF1", "INTRAY6"},
+      {"PBindInserter", "INTRAY9"},
+      {"a4", ""},
+      {"", ""},
   };
   for (const auto& c : cases) {
     char out[kPBindTextSize];

@@ -24,7 +24,8 @@ std::string RunSpecialPages(const std::string& ticket) {
 
 std::string Lines(const std::vector<std::string>& attributes) {
   std::string text;
-  for (const std::string& attribute : attributes) text += "@PJL SET JOBATTR=\"@" + attribute + "\"\n";
+  for (const std::string& attribute : attributes)
+    text += "@PJL SET JOBATTR=\"@" + attribute + "\"\n";
   return text;
 }
 
@@ -45,16 +46,17 @@ TEST_P(SpecialPageHeader, WritesTheseLines) {
 INSTANTIATE_TEST_SUITE_P(
     Records, SpecialPageHeader,
     testing::Values(
-        HeaderCase{"UnmappedCoverType",
-                   kSP + "CoverCountTicket=1" + kSP + "CommandTicket_0=0,0,0,4" + kSP +
-                       "CoverValueTicket_0=0,1,print-side,Plain,red,10,20",
-                   {"EMCP=FORMALSIZE", "EMCW=10", "EMCH=20", "EMCQ=Plain", "EMCC=RED",
-                    "EBCV=NONE"}},
+        HeaderCase{
+            "UnmappedCoverType",
+            kSP + "CoverCountTicket=1" + kSP + "CommandTicket_0=0,0,0,4" + kSP +
+                "CoverValueTicket_0=0,1,print-side,Plain,red,10,20",
+            {"EMCP=FORMALSIZE", "EMCW=10", "EMCH=20", "EMCQ=Plain", "EMCC=RED", "EBCV=NONE"}},
         HeaderCase{"UnknownMediaSourceWritesNoMediaLines",
                    kSP + "CoverCountTicket=1" + kSP + "CoverValueTicket_0=0,2,print-front,P,red",
                    {"EFCV=PRINTFRONT", "EBCV=NONE"}},
         HeaderCase{"NeitherFrontNorBack",
-                   kSP + "CoverCountTicket=1" + kSP + "CoverValueTicket_0=2,0,print-front", {}},
+                   kSP + "CoverCountTicket=1" + kSP + "CoverValueTicket_0=2,0,print-front",
+                   {}},
         HeaderCase{"InsertionFromTheTray",
                    kSP + "InsertionCountTicket=1" + kSP + "InsertionValueTicket_0=0,3,1",
                    {"EIST=3", "EMCT=TRAYT1", "EISC=1"}},
@@ -75,19 +77,18 @@ INSTANTIATE_TEST_SUITE_P(
                        kSP + "CoverValueTicket_1=1,1,,Q,red,3,4" + kSP +
                        "InsertionValueTicket_0=1,9,1,gray,5,6,R" + kSP +
                        "ExceptionValueTicket_0=x,y,z,1,1,,S,green,7,8",
-                   {"EMCP=FORMALSIZE", "EMCW=1", "EMCH=2", "EMCQ=P", "EMCC=WHITE",
-                    "EMCP=CUSTOM", "EMCW=3", "EMCH=4", "EMCQ=Q", "EMCC=RED",
-                    "EIST=9", "EMCP=CUSTOM", "EMCW=5", "EMCH=6", "EMCQ=R", "EMCC=GRAY", "EISC=1",
-                    "EOVS=1", "EMCP=CUSTOM", "EMCW=7", "EMCH=8", "EMCQ=S", "EMCC=GREEN",
-                    "EOVE=1"}},
+                   {"EMCP=FORMALSIZE", "EMCW=1", "EMCH=2", "EMCQ=P",    "EMCC=WHITE", "EMCP=CUSTOM",
+                    "EMCW=3",          "EMCH=4", "EMCQ=Q", "EMCC=RED",  "EIST=9",     "EMCP=CUSTOM",
+                    "EMCW=5",          "EMCH=6", "EMCQ=R", "EMCC=GRAY", "EISC=1",     "EOVS=1",
+                    "EMCP=CUSTOM",     "EMCW=7", "EMCH=8", "EMCQ=S",    "EMCC=GREEN", "EOVE=1"}},
         // Value record 1 takes the second cover view even when record 0 is missing.
         HeaderCase{"MissingValueRecordKeepsThePairing",
                    kSP + "CoverCountTicket=2" + kSP + "CommandTicket_0=0,0,0,33" + kSP +
                        "CommandTicket_1=0,0,0,5" + kSP + "CoverValueTicket_1=1,1,,Q,red,3,4",
                    {"EMCP=FORMALSIZE", "EMCW=3", "EMCH=4", "EMCQ=Q", "EMCC=RED"}},
         HeaderCase{"RecordsBeyondTheCountAreIgnored",
-                   kSP + "CoverCountTicket=1" + kSP + "CoverValueTicket_0=0,0,print-front" +
-                       kSP + "CoverValueTicket_1=1,0,print-back",
+                   kSP + "CoverCountTicket=1" + kSP + "CoverValueTicket_0=0,0,print-front" + kSP +
+                       "CoverValueTicket_1=1,0,print-back",
                    {"EFCV=PRINTFRONT", "EMCT=TRAYT1", "EBCV=NONE"}},
         // Keys match without regard to case, as the option lookup does; "01"
         // is not how an index is written.
@@ -99,8 +100,14 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(SpecialPages, GetOneValue) {
   const std::string longField(100, 'q');
-  struct { std::string text, field; int step; } cases[] = {
-      {"abc,def", "abc", 4}, {"abc", "abc", 0}, {"", "", 0}, {",x", "", 1},
+  struct {
+    std::string text, field;
+    int step;
+  } cases[] = {
+      {"abc,def", "abc", 4},
+      {"abc", "abc", 0},
+      {"", "", 0},
+      {",x", "", 1},
       // Cut to the buffer, but the step still reaches the next field.
       {longField + ",next", longField.substr(0, kSPFieldSize - 1), 101},
       {longField, longField.substr(0, kSPFieldSize - 1), 0},
@@ -119,7 +126,11 @@ TEST(SpecialPages, GetOneValue) {
 
 TEST(SpecialPages, ValueMaps) {
   struct {
-    const char* name; const char* const* map; int32_t count; int result; const char* value;
+    const char* name;
+    const char* const* map;
+    int32_t count;
+    int result;
+    const char* value;
   } cases[] = {
       {"print-both", CoverTypeZPJLComm, CoverTypeZPJLCommValueCount, 0, "PRINTBOTH"},
       {"print-both", CoverTypeZPJLComm, 6, -1, ""},  // beyond the given count
@@ -140,12 +151,20 @@ TEST(SpecialPages, ValueMaps) {
 
 TEST(SpecialPages, MediaLinesOfACover) {
   struct {
-    const char* source; int32_t position; const char* record; const char* sizeNumber;
-    std::vector<std::string> lines; const char* colour;
+    const char* source;
+    int32_t position;
+    const char* record;
+    const char* sizeNumber;
+    std::vector<std::string> lines;
+    const char* colour;
   } cases[] = {
       {"0", 0, "", "33", {"EMCT=TRAYT1"}, ""},
-      {"1", 4, "0,1,Plain,red,10,20", "33",
-       {"EMCP=CUSTOM", "EMCW=10", "EMCH=20", "EMCQ=Plain", "EMCC=RED"}, "RED"},
+      {"1",
+       4,
+       "0,1,Plain,red,10,20",
+       "33",
+       {"EMCP=CUSTOM", "EMCW=10", "EMCH=20", "EMCQ=Plain", "EMCC=RED"},
+       "RED"},
       // A position outside the record starts at its beginning.
       {"1", 99, "a,b,c,d", "333", {"EMCP=FORMALSIZE", "EMCW=c", "EMCH=d", "EMCQ=a"}, ""},
       {"2", 0, "a,b,c,d", "33", {}, ""},

@@ -37,17 +37,16 @@ const char* const CoverTypeZPJLComm[] = {
 const int32_t CoverTypeZPJLCommValueCount = 8;
 
 const char* const MediaColorZPJLComm[] = {
-    "white",    "WHITE",   "blue",     "BLUE",     "buff",     "BUFF",     "goldenrod", "GOLDENROD",
-    "gray",     "GRAY",    "green",    "GREEN",    "ivory",    "IVORY",    "orange",    "ORANGE",
-    "pink",     "PINK",    "red",      "RED",      "yellow",   "YELLOW",   "no-color",  "CLEAR",
-    "custom_1", "CUSTOM1", "custom_2", "CUSTOM2",  "custom_3", "CUSTOM3",  "custom_4",  "CUSTOM4",
+    "white",    "WHITE",   "blue",     "BLUE",    "buff",     "BUFF",    "goldenrod", "GOLDENROD",
+    "gray",     "GRAY",    "green",    "GREEN",   "ivory",    "IVORY",   "orange",    "ORANGE",
+    "pink",     "PINK",    "red",      "RED",     "yellow",   "YELLOW",  "no-color",  "CLEAR",
+    "custom_1", "CUSTOM1", "custom_2", "CUSTOM2", "custom_3", "CUSTOM3", "custom_4",  "CUSTOM4",
     "custom_5", "CUSTOM5", "other",    "OTHER",
 };
 const int32_t MediaColorZPJLCommValueCount = 36;
 
 const char* const SidesZPJLComm[] = {
-    "one-sided",           "SIMPLEX", "two-sided-long-edge", "DUPLEX",
-    "two-sided-short-edge", "TUMBLE",
+    "one-sided", "SIMPLEX", "two-sided-long-edge", "DUPLEX", "two-sided-short-edge", "TUMBLE",
 };
 const int32_t SidesZPJLCommValueCount = 6;
 
@@ -186,9 +185,9 @@ void OutputCover(const Record& record, const char* sizeNumber, int32_t coverCoun
   const char* side = fields[0].text;
   const char* mediaSource = fields[1].text;
   Field coverType;
-  bool typeMaps = getSpecialPageZPJLValue(fields[2].text, CoverTypeZPJLComm,
-                                          CoverTypeZPJLCommValueCount, coverType.text,
-                                          sizeof coverType.text) == 0;
+  bool typeMaps =
+      getSpecialPageZPJLValue(fields[2].text, CoverTypeZPJLComm, CoverTypeZPJLCommValueCount,
+                              coverType.text, sizeof coverType.text) == 0;
   Field colour;
   if (std::strcmp(side, "0") == 0) {
     if (typeMaps) WriteAttribute("EFCV", coverType.text);
@@ -300,7 +299,8 @@ void OutputZPJLCommandForSpecialPage(char* argv[]) {
       ReadPresentRecords(kSPViewTicketKey, static_cast<int32_t>(total), optionCount, options);
 
   std::vector<Field> coverSizes = SizeNumbersOfKind(views, kKindCover, kCoverSizeNumberPosition);
-  for (const Record& record : ReadPresentRecords(kSPZPCoverValueKey, covers, optionCount, options)) {
+  for (const Record& record :
+       ReadPresentRecords(kSPZPCoverValueKey, covers, optionCount, options)) {
     OutputCover(record, SizeNumberFor(coverSizes, record.index), covers);
   }
 
