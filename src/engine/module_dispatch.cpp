@@ -2,11 +2,15 @@
 
 #include "engine/job_header.h"
 #include "modules/accounting/accounting.h"
+#include "modules/perfect_binding/perfect_binding.h"
 #include "modules/print_type/print_type.h"
+#include "modules/special_pages/special_pages.h"
 
 void InializeDescriptionTableFromFilter() {
   PrintTypeInializeDescriptionTableFromFilter();
   JBAInializeDescriptionTableFromFilter();
+  // Finishing features come here.
+  SpecialPageInializeDescriptionTable();
 }
 
 void InializeDescriptionTable() {
@@ -17,6 +21,10 @@ void InializeDescriptionTable() {
 int GetTicketFromPDE(char* argv[]) {
   PrintTypeGetTicketFromPDE(argv);
   JBAGetTicketFromPDE(argv);
+  // Finishing features and watermark come here.
+  PBindGetTicketFromPDE(argv);
+  // Job information comments.
+  SpecialPageGetTicketFromPDE(argv);
   return 1;
 }
 
