@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "filter_runner.h"
+#include "sealed_fields.h"
 
 namespace {
 
@@ -124,6 +125,63 @@ TEST(AccountingStream, PrintTypeLinesPrecedeAccountingLines) {
   size_t mode = out.find(jobMode);
   ASSERT_NE(mode, std::string::npos);
   EXPECT_EQ(out.find("@PJL SET HOLD=PROOF\n"), mode + jobMode.size()) << Visible(out);
+}
+
+// A typical secure-print job with accounting: the whole header, byte for
+// byte, with the sealed passwords opened by the test key.
+TEST(AccountingStream, SecurePrintJobHeader) {
+  const std::string hold = StoredPasswordText("1234");
+  const std::string owner = StoredPasswordText("pw100");
+  ASSERT_FALSE(hold.empty());
+  ASSERT_FALSE(owner.empty());
+  FilterJob job;
+  job.ppd = Fixture("ppd/modules-utf8.ppd");
+  job.title = "Quarterly report";
+  job.file = "/nonexistent/job.ps";
+  job.options = Key("PrintTypeTicketKey", "2") + Key("PrintTypeUserNameTicketKey", "alice") +
+                Key("PrintTypePasswordTicketKey", hold) + Key("DocumentNameTypeTicketKey", "1") +
+                Key("JBAManageTypeListTicketKey", "2") +
+                Key("JBAUserSettingRadioBtnTicket", "1") + Key("JBAUserIDListCtrlTicket", "2") +
+                Key("JBAUserIDTextEditTicket", "u100") +
+                Key("JBAUserPasswordTextEditTicket", owner) +
+                Key("JBAAccountIDTextEditTicket", "acct7") + Key("JBAInfoListTicketKey", "0") +
+                Key("JBAIPAddressStringTicket", "192.0.2.7");
+  FilterRun run = RunFilter(job);
+  ASSERT_EQ(run.status, 0);
+  const std::string header = kUEL + "@PJL SET STRINGCODESET=UTF8\n" +
+                             "@PJL JOB MODE=PRINTER\r\n" +
+                             "@PJL SET HOLD=STORE\n"
+                             "@PJL SET HOLDTYPE=PRIVATE\n"
+                             "@PJL SET USERNAME=\"alice\"\r\n"
+                             "@PJL SET HOLDENCRYPTKEY=\"<sealed:1234>\"\r\n"
+                             "@PJL SET JOBNAME=\"Quarterly report\"\r\n" +
+                             LF("CNAM", "<host>") + LF("LUNA", "alice") +
+                             LF("HOAD", "192.0.2.7") + LF("NLPP", "1") + CRLF("JOAU", "u100") +
+                             CRLF("JOEP", "<sealed:pw100>") + CRLF("DAID", "acct7") +
+                             CRLF("ACNA", "Quarterly report") +
+                             "@PJL ENTER LANGUAGE=POSTSCRIPT\n";
+  EXPECT_TRUE(SameStream(header + kTrailer, WithOpenedFields(WithHostPlaceholder(run.out, true))));
+}
+
+// On a legacy printer the same job gets no job name: without a product type
+// the print type document name stays empty there.
+TEST(AccountingStream, SecurePrintOnALegacyPrinterHasNoJobName) {
+  const std::string hold = StoredPasswordText("1234");
+  ASSERT_FALSE(hold.empty());
+  FilterJob job;
+  job.ppd = Fixture("ppd/legacy-mono.ppd");
+  job.file = "/nonexistent/job.ps";
+  job.options = Key("PrintTypeTicketKey", "2") + Key("PrintTypeUserNameTicketKey", "alice") +
+                Key("PrintTypePasswordTicketKey", hold) + Key("DocumentNameTypeTicketKey", "1");
+  FilterRun run = RunFilter(job);
+  ASSERT_EQ(run.status, 0);
+  EXPECT_TRUE(SameStream("@PJL SET HOLD=STORE\n"
+                         "@PJL SET HOLDTYPE=PRIVATE\n"
+                         "@PJL SET USERNAME=\"alice\"\r\n"
+                         "@PJL SET HOLDENCRYPTKEY=\"<sealed:1234>\"\r\n" +
+                             LF("CNAM", "<host>") + LF("LUNA", "alice") + LF("NLPP", "1") +
+                             CRLF("JOAU", "alice") + CRLF("ACNA", "report"),
+                         WithOpenedFields(WithHostPlaceholder(ModuleLines(run.out), false))));
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "frame/fixed_text.h"
 #include "frame/job_state.h"
 #include "header_modules_run.h"
+#include "sealed_fields.h"
 
 namespace {
 
@@ -428,6 +429,57 @@ TEST(AccountingOutput, WritesTheLinesInTableOrder) {
   for (const OutputCase& c : cases) {
     std::string out = RunAccounting(c.job);
     EXPECT_EQ(out, c.expected) << c.name << "\n" << ShowControlBytes(out);
+  }
+}
+
+// Passwords go to the printer sealed; the test key opens them.
+TEST(AccountingOutput, SendsThePasswordsSealed) {
+  const std::string owner = StoredPasswordText("pw-owner");
+  const std::string storage = StoredPasswordText("pw-storage");
+  ASSERT_FALSE(owner.empty());
+  ASSERT_FALSE(storage.empty());
+  const std::string client = LF("CNAM", "mac1") + LF("LUNA", "bob") + LF("NLPP", "1");
+  const std::string userSet = Key("JBAManageTypeListTicketKey", "2") +
+                              Key("JBAUserSettingRadioBtnTicket", "1");
+  const std::vector<OutputCase> cases = {
+      {"user set, login user with password",
+       Job(userSet + Key("JBAUserIDListCtrlTicket", "1") + Key("JBAInfoListTicketKey", "0") +
+           Key("JBAUserIDTextEditTicket", "''") + Key("JBAUserPasswordTextEditTicket", owner)),
+       client + CRLF("JOAU", "bob") + CRLF("JOEP", "<sealed:pw-owner>") + CRLF("DAID", "") +
+           CRLF("ACNA", "report")},
+      {"user set, entered user ID, password and storage",
+       Job(userSet + Key("JBAUserIDListCtrlTicket", "2") + Key("JBAUserIDTextEditTicket", "u123") +
+           Key("JBAUserPasswordTextEditTicket", owner) + Key("JBAStorageIDTextEditTicket", "s9") +
+           Key("JBAStoragePasswordTextEditTicket", storage)),
+       client + CRLF("JOAU", "u123") + CRLF("JOEP", "<sealed:pw-owner>") + CRLF("DAID", "") +
+           CRLF("ACID", "s9") + CRLF("ACEP", "<sealed:pw-storage>") + CRLF("ACNA", "report")},
+      {"administrator set, login user with password and storage",
+       Job(Key("JBAManageTypeListTicketKey", "1") + Key("JBAAdminUserSettingRadioBtnTicket", "1") +
+           Key("JBAAdminUserIDListCtrlTicket", "1") + Key("JBAInfoListTicketKey", "0") +
+           Key("JBAAdminUserPasswordTextEditTicket", owner) +
+           Key("JBAAdminAccountIDTextEditTicket", "A-2") +
+           Key("JBAAdminStorageIDTextEditTicket", "s8") +
+           Key("JBAAdminStoragePasswordTextEditTicket", storage)),
+       CRLF("JOAU", "bob") + CRLF("JOEP", "<sealed:pw-owner>") + CRLF("DAID", "A-2") +
+           CRLF("ACID", "s8") + CRLF("ACNA", "report") + CRLF("ACEP", "<sealed:pw-storage>") +
+           client + CRLF("JOAU", "bob") + CRLF("ACNA", "report")},
+      {"user entry time, user and storage with passwords",
+       Job(Key("JBAManageTypeListTicketKey", "2") + Key("JBAUserInputRadioBtnTicket", "1") +
+           Key("JBAInputAuthRadioBtnTicketKey", "1") + Key("JBAInfoSetListTicketKey", "0") +
+           Key("JBAInputUserIDTextEditTicket", "typed") +
+           Key("JBAInputUserPasswordTextEditTicket", owner) +
+           Key("JBAInputAccountIDTextEditTicket", "acc") +
+           Key("JBAInputStrgRadioBtnTicketKey", "1") + Key("JBAInfoListTicketKey", "1") +
+           Key("JBAInputStorageIDTextEditTicket", "s7") +
+           Key("JBAInputStoragePasswordTextEditTicket", storage)),
+       client + CRLF("JOAU", "bob") + CRLF("JOAU", "typed") +
+           CRLF("JOEP", "<sealed:pw-owner>") + CRLF("DAID", "acc") + CRLF("DAID", "") +
+           CRLF("ACID", "s7") + CRLF("ACNA", "report") + LF("JOAU", "UnknownUser") +
+           LF("JOEP", "") + CRLF("ACEP", "<sealed:pw-storage>")},
+  };
+  for (const OutputCase& c : cases) {
+    std::string out = RunAccounting(c.job);
+    EXPECT_EQ(WithOpenedFields(out), c.expected) << c.name << "\n" << ShowControlBytes(out);
   }
 }
 

@@ -9,6 +9,7 @@
 #include "frame/fixed_text.h"
 #include "frame/job_state.h"
 #include "header_modules_run.h"
+#include "sealed_fields.h"
 
 namespace {
 
@@ -235,6 +236,46 @@ TEST(PrintTypeOutput, UserNameOf97BytesIsCutTo96) {
   std::string out = RunPrintType(job);
   EXPECT_EQ(out, "@PJL SET HOLD=STORE\n@PJL SET USERNAME=\"" + std::string(96, 'n') + "\"\r\n")
       << ShowControlBytes(out);
+}
+
+// The passwords go to the printer sealed; the test key opens them.
+TEST(PrintTypeOutput, SendsThePasswordsSealed) {
+  const std::string hold = StoredPasswordText("1234");
+  const std::string box = StoredPasswordText("0042");
+  ASSERT_FALSE(hold.empty());
+  ASSERT_FALSE(box.empty());
+  const std::string secure = Key("PrintTypeTicketKey", "2") +
+                             Key("PrintTypeUserNameTicketKey", "u1") +
+                             Key("PrintTypePasswordTicketKey", hold) +
+                             Key("DocumentNameTypeTicketKey", "1");
+  const std::string secureLines =
+      "@PJL SET HOLD=STORE\n"
+      "@PJL SET HOLDTYPE=PRIVATE\n"
+      "@PJL SET USERNAME=\"u1\"\r\n"
+      "@PJL SET HOLDENCRYPTKEY=\"<sealed:1234>\"\r\n"
+      "@PJL SET JOBNAME=\"report\"\r\n";
+  const std::vector<OutputCase> cases = {
+      {"secure print", "modules-utf8.ppd", secure, "report", secureLines},
+      {"secure print, partial table", "modules-utf8-default04.ppd", secure, "report", secureLines},
+      {"secure print on a legacy printer", "modules-legacy-default04.ppd", secure, "report",
+       secureLines},
+      {"mailbox with password", "modules-utf8.ppd",
+       Key("PrintTypeTicketKey", "5") + Key("PrintTypeMBNTicketKey", "12") +
+           Key("PrintTypeMBNPasswordTicketKey", box),
+       "report",
+       "@PJL SET HOLD=BOXSTORE\n"
+       "@PJL SET HOLDTYPE=PRIVATE\n"
+       "@PJL SET BOXNUMBER=12\r\n"
+       "@PJL SET BOXENCRYPTKEY=\"<sealed:0042>\"\r\n"},
+  };
+  for (const OutputCase& c : cases) {
+    HeaderJob job;
+    job.ppd = c.ppd;
+    job.ticket = c.ticket;
+    job.printTypeDocumentName = c.printTypeDocumentName;
+    std::string out = RunPrintType(job);
+    EXPECT_EQ(WithOpenedFields(out), c.expected) << c.name << "\n" << ShowControlBytes(out);
+  }
 }
 
 }  // namespace
