@@ -2,9 +2,9 @@
 // of one job in-process and returns what they wrote to the print stream.
 //
 //   HeaderJob job;
-//   job.ppd = "printtype-utf8-default04.ppd";
+//   job.ppd = "modules-utf8-default04.ppd";
 //   job.ticket = "com.korvanel.qd.jtz.printsettings.PrintTypeTicketKey=2 ...";
-//   std::string lines = RunPrintTypeAndAccounting(job);
+//   std::string lines = RunPrintType(job);
 #pragma once
 
 #include <fcntl.h>
@@ -87,17 +87,7 @@ inline void PrepareHeaderModules(const HeaderJob& job) {
   JBAGetTicketFromPDE(argv);
 }
 
-// What the two modules write into the job header for `job`, print type first.
-inline std::string RunPrintTypeAndAccounting(const HeaderJob& job) {
-  PrepareHeaderModules(job);
-  static char name[] = "pstozpjl";
-  char* argv[] = {name, nullptr};
-  return CaptureStdout([&] {
-    PrintTypeOutputZPJLCommandFromFilter(argv);
-    JBAOutputZPJLCommandFromFilter(argv);
-  });
-}
-
+// What each module writes into the job header for `job`.
 inline std::string RunPrintType(const HeaderJob& job) {
   PrepareHeaderModules(job);
   static char name[] = "pstozpjl";

@@ -63,32 +63,27 @@ TEST(PrintTypeTables, EachRowExpandsToItsLine) {
 }
 
 // Which rows hold for a ticket, in the full and in the partial table.
-struct FiringCase {
-  const char* name;
-  std::string ticket;
-  std::string printTypeDocumentName;
-  std::vector<int> full;
-  std::vector<int> partial;
-};
-
 TEST(PrintTypeTables, RowsHoldExactlyForTheirSettings) {
   const std::string secure = Key("PrintTypeTicketKey", "2") + Key("PrintTypeUserNameTicketKey", "u1");
-  const std::string auto_name = Key("DocumentNameTypeTicketKey", "1");
-  const std::string typed_name =
+  const std::string typedName =
       Key("DocumentNameTypeTicketKey", "2") + Key("DocumentNameTicketKey", "typed");
-  const std::vector<FiringCase> cases = {
+  struct Case {
+    const char* name;
+    std::string ticket;
+    std::string printTypeDocumentName;
+    std::vector<int> full, partial;
+  } cases[] = {
       {"no keys", "", "report", {}, {}},
       {"secure print with password and document name",
-       secure + Key("PrintTypePasswordTicketKey", "pw") + auto_name, "report",
-       {0, 1, 7, 8, 9}, {0, 1, 3, 4, 5}},
+       secure + Key("PrintTypePasswordTicketKey", "pw") + Key("DocumentNameTypeTicketKey", "1"),
+       "report", {0, 1, 7, 8, 9}, {0, 1, 3, 4, 5}},
       {"secure print without password", secure, "report", {0, 7}, {0, 3}},
       {"secure print without user name",
        Key("PrintTypeTicketKey", "2") + Key("PrintTypePasswordTicketKey", "pw"), "", {}, {}},
       {"sample print", Key("PrintTypeTicketKey", "3") + Key("PrintTypeUserNameTicketKey", "u1"),
        "", {2, 7}, {2, 3}},
-      {"sample print without user name", Key("PrintTypeTicketKey", "3"), "", {}, {}},
       {"delayed print", Key("PrintTypeTicketKey", "4") + Key("DelayPrintTicketKey", "1230") +
-                            Key("PrintTypeUserNameTicketKey", "u1") + typed_name,
+                            Key("PrintTypeUserNameTicketKey", "u1") + typedName,
        "", {10, 11}, {6}},
       {"delayed print without time", Key("PrintTypeTicketKey", "4"), "", {}, {}},
       {"mailbox with password",
@@ -97,18 +92,18 @@ TEST(PrintTypeTables, RowsHoldExactlyForTheirSettings) {
        "", {3, 4, 5, 6}, {}},
       {"mailbox without password",
        Key("PrintTypeTicketKey", "5") + Key("PrintTypeMBNTicketKey", "12"), "", {3, 5}, {}},
-      {"document name chosen but empty after validation",
-       Key("PrintTypeTicketKey", "3") + auto_name, "", {}, {}},
+      {"document name chosen but emptied by validation",
+       Key("PrintTypeTicketKey", "3") + Key("DocumentNameTypeTicketKey", "1"), "", {}, {}},
       {"typed name chosen but none typed",
        Key("PrintTypeTicketKey", "3") + Key("DocumentNameTypeTicketKey", "2"), "report", {}, {}},
       {"normal printing sends nothing",
-       Key("PrintTypeTicketKey", "1") + Key("PrintTypeUserNameTicketKey", "u1") + typed_name,
+       Key("PrintTypeTicketKey", "1") + Key("PrintTypeUserNameTicketKey", "u1") + typedName,
        "report", {}, {}},
       {"no print type, user name and typed name",
-       Key("PrintTypeUserNameTicketKey", "u1") + typed_name, "", {7, 10}, {3, 6}},
+       Key("PrintTypeUserNameTicketKey", "u1") + typedName, "", {7, 10}, {3, 6}},
   };
   std::vector<bool> seenFull(PrintTypeFmtTableNum), seenPartial(PrintTypeFmtPartTableNum);
-  for (const FiringCase& c : cases) {
+  for (const Case& c : cases) {
     HeaderJob job;
     job.ppd = "modules-utf8.ppd";
     job.ticket = c.ticket;
@@ -119,127 +114,16 @@ TEST(PrintTypeTables, RowsHoldExactlyForTheirSettings) {
     for (int row : c.full) seenFull[row] = true;
     for (int row : c.partial) seenPartial[row] = true;
   }
-  // The cases above reach every row of both tables.
+  // The cases reach every row of both tables.
   for (int32_t i = 0; i < PrintTypeFmtTableNum; ++i) EXPECT_TRUE(seenFull[i]) << "full row " << i;
   for (int32_t i = 0; i < PrintTypeFmtPartTableNum; ++i) {
     EXPECT_TRUE(seenPartial[i]) << "partial row " << i;
   }
 }
 
-// The lines written for a ticket, through the table the PPD chooses.
-struct OutputCase {
-  const char* name;
-  const char* ppd;
-  std::string ticket;
-  std::string printTypeDocumentName;
-  std::string expected;
-};
-
+// The lines written, through the table the PPD chooses; passwords sealed
+// for the printer (opened here with the test key).
 TEST(PrintTypeOutput, WritesTheChosenTablesLines) {
-  const std::string mailbox = Key("PrintTypeTicketKey", "5") + Key("PrintTypeMBNTicketKey", "12");
-  const std::string delayed = Key("PrintTypeTicketKey", "4") + Key("DelayPrintTicketKey", "1230") +
-                              Key("DocumentNameTypeTicketKey", "1");
-  const std::string sample = Key("PrintTypeTicketKey", "3") +
-                             Key("PrintTypeUserNameTicketKey", "u1") +
-                             Key("DocumentNameTypeTicketKey", "2") +
-                             Key("DocumentNameTicketKey", "Quarterly");
-  const std::vector<OutputCase> cases = {
-      {"mailbox without password", "modules-utf8.ppd", mailbox, "report",
-       "@PJL SET HOLD=BOXSTORE\n@PJL SET BOXNUMBER=12\r\n"},
-      {"mailbox number is cut to four bytes", "modules-utf8.ppd",
-       Key("PrintTypeTicketKey", "5") + Key("PrintTypeMBNTicketKey", "123456"), "",
-       "@PJL SET HOLD=BOXSTORE\n@PJL SET BOXNUMBER=1234\r\n"},
-      {"delayed print with the document name", "modules-utf8.ppd", delayed, "report",
-       "@PJL SET JOBNAME=\"report\"\r\n@PJL SET JOBATTR=\"@PRTM=1230\"\r\n"},
-      {"sample print with a typed name", "modules-utf8.ppd", sample, "report",
-       "@PJL SET HOLD=PROOF\n@PJL SET USERNAME=\"u1\"\r\n@PJL SET JOBNAME=\"Quarterly\"\r\n"},
-      // The partial table has no mailbox and no delayed-print rows.
-      {"UTF-8 printer listing Default04: mailbox", "modules-utf8-default04.ppd", mailbox,
-       "report", ""},
-      {"UTF-8 printer listing Default04: delayed print", "modules-utf8-default04.ppd", delayed,
-       "report", "@PJL SET JOBNAME=\"report\"\r\n"},
-      {"UTF-8 printer listing Default04: sample print", "modules-utf8-default04.ppd", sample,
-       "report",
-       "@PJL SET HOLD=PROOF\n@PJL SET USERNAME=\"u1\"\r\n@PJL SET JOBNAME=\"Quarterly\"\r\n"},
-      // Default04 counts only on a UTF-8 printer; without a PPD the full table applies.
-      {"legacy printer listing Default04", "modules-legacy-default04.ppd", mailbox, "",
-       "@PJL SET HOLD=BOXSTORE\n@PJL SET BOXNUMBER=12\r\n"},
-      {"no PPD", "", mailbox, "", "@PJL SET HOLD=BOXSTORE\n@PJL SET BOXNUMBER=12\r\n"},
-  };
-  for (const OutputCase& c : cases) {
-    HeaderJob job;
-    job.ppd = c.ppd;
-    job.ticket = c.ticket;
-    job.printTypeDocumentName = c.printTypeDocumentName;
-    std::string out = RunPrintType(job);
-    EXPECT_EQ(out, c.expected) << c.name << "\n" << ShowControlBytes(out);
-  }
-}
-
-// The typed name and the user name arrive in UTF-8 on a UTF-8 printer and
-// in the Shift-JIS form otherwise; the delay time always in the latter.
-TEST(PrintTypeTicket, ChoosesTheTicketTableByThePrinterEncoding) {
-  const std::string kana = "\xE3\x82\xA2";  // KATAKANA LETTER A
-  const std::string ticket = Key("PrintTypeTicketKey", "3") +
-                             Key("PrintTypeUserNameTicketKey", kana) +
-                             Key("DocumentNameTypeTicketKey", "2") +
-                             Key("DocumentNameTicketKey", kana) + Key("DelayPrintTicketKey", kana);
-  struct Case {
-    const char* ppd;
-    std::string userName, documentName;
-  } cases[] = {
-      {"modules-utf8.ppd", kana, kana},
-      {"modules-legacy-default04.ppd", "\x83\x41", "\x83\x41"},
-  };
-  for (const Case& c : cases) {
-    HeaderJob job;
-    job.ppd = c.ppd;
-    job.ticket = ticket;
-    PrepareHeaderModules(job);
-    EXPECT_EQ(zpjlOptionPrintType.userName, c.userName) << c.ppd;
-    EXPECT_EQ(zpjlOptionPrintType.documentName, c.documentName) << c.ppd;
-    EXPECT_STREQ(zpjlOptionPrintType.delayTime, "\x83\x41") << c.ppd;
-  }
-}
-
-// Every text field keeps at most its size - 1 bytes; an absent number reads -1.
-TEST(PrintTypeTicket, CutsEachFieldToItsSize) {
-  const std::string longText(3000, 'x');
-  HeaderJob job;
-  job.ppd = "modules-utf8.ppd";
-  job.ticket = Key("PrintTypeUserNameTicketKey", longText) +
-               Key("DocumentNameTicketKey", longText) + Key("DelayPrintTicketKey", longText) +
-               Key("PrintTypeMBNTicketKey", longText) +
-               Key("PrintTypePasswordTicketKey", longText) +
-               Key("PrintTypeMBNPasswordTicketKey", longText);
-  PrepareHeaderModules(job);
-  const PrintTypeOption& pt = zpjlOptionPrintType;
-  EXPECT_EQ(pt.printType, -1);
-  EXPECT_EQ(pt.documentNameType, -1);
-  EXPECT_EQ(std::string(pt.userName).size(), 96u);
-  EXPECT_EQ(std::string(pt.documentName).size(), 192u);
-  EXPECT_EQ(std::string(pt.delayTime).size(), 16u);
-  EXPECT_EQ(std::string(pt.mailboxNumber).size(), 4u);
-  // Not base64: the password fields keep the ticket text, which the getter
-  // reads through a 1024-byte work buffer.
-  EXPECT_EQ(std::string(pt.password), longText.substr(0, 1023));
-  EXPECT_EQ(std::string(pt.mailboxPassword), longText.substr(0, 1023));
-}
-
-// A user name of 97 bytes cannot be held whole: the field keeps 96 bytes,
-// which pass the length test, so the job is still held.
-TEST(PrintTypeOutput, UserNameOf97BytesIsCutTo96) {
-  const std::string name97(97, 'n');
-  HeaderJob job;
-  job.ppd = "modules-utf8.ppd";
-  job.ticket = Key("PrintTypeTicketKey", "2") + Key("PrintTypeUserNameTicketKey", name97);
-  std::string out = RunPrintType(job);
-  EXPECT_EQ(out, "@PJL SET HOLD=STORE\n@PJL SET USERNAME=\"" + std::string(96, 'n') + "\"\r\n")
-      << ShowControlBytes(out);
-}
-
-// The passwords go to the printer sealed; the test key opens them.
-TEST(PrintTypeOutput, SendsThePasswordsSealed) {
   const std::string hold = StoredPasswordText("1234");
   const std::string box = StoredPasswordText("0042");
   ASSERT_FALSE(hold.empty());
@@ -254,27 +138,96 @@ TEST(PrintTypeOutput, SendsThePasswordsSealed) {
       "@PJL SET USERNAME=\"u1\"\r\n"
       "@PJL SET HOLDENCRYPTKEY=\"<sealed:1234>\"\r\n"
       "@PJL SET JOBNAME=\"report\"\r\n";
-  const std::vector<OutputCase> cases = {
-      {"secure print", "modules-utf8.ppd", secure, "report", secureLines},
-      {"secure print, partial table", "modules-utf8-default04.ppd", secure, "report", secureLines},
-      {"secure print on a legacy printer", "modules-legacy-default04.ppd", secure, "report",
-       secureLines},
-      {"mailbox with password", "modules-utf8.ppd",
-       Key("PrintTypeTicketKey", "5") + Key("PrintTypeMBNTicketKey", "12") +
-           Key("PrintTypeMBNPasswordTicketKey", box),
-       "report",
-       "@PJL SET HOLD=BOXSTORE\n"
-       "@PJL SET HOLDTYPE=PRIVATE\n"
-       "@PJL SET BOXNUMBER=12\r\n"
+  const std::string mailbox = Key("PrintTypeTicketKey", "5") + Key("PrintTypeMBNTicketKey", "12");
+  const std::string mailboxLines = "@PJL SET HOLD=BOXSTORE\n@PJL SET BOXNUMBER=12\r\n";
+  const std::string delayed = Key("PrintTypeTicketKey", "4") + Key("DelayPrintTicketKey", "1230") +
+                              Key("DocumentNameTypeTicketKey", "1");
+  const std::string sample = Key("PrintTypeTicketKey", "3") +
+                             Key("PrintTypeUserNameTicketKey", "u1") +
+                             Key("DocumentNameTypeTicketKey", "2") +
+                             Key("DocumentNameTicketKey", "Quarterly");
+  const std::string sampleLines =
+      "@PJL SET HOLD=PROOF\n@PJL SET USERNAME=\"u1\"\r\n@PJL SET JOBNAME=\"Quarterly\"\r\n";
+  const char* utf8 = "modules-utf8.ppd";
+  const char* default04 = "modules-utf8-default04.ppd";
+  const char* legacy04 = "modules-legacy-default04.ppd";
+  struct Case {
+    const char* name;
+    const char* ppd;
+    std::string ticket, expected;
+  } cases[] = {
+      {"secure print", utf8, secure, secureLines},
+      {"secure print, partial table", default04, secure, secureLines},
+      // A name of 97 bytes keeps 96 in its field, which pass the length test.
+      {"secure print, user name of 97 bytes", utf8,
+       Key("PrintTypeTicketKey", "2") + Key("PrintTypeUserNameTicketKey", std::string(97, 'n')),
+       "@PJL SET HOLD=STORE\n@PJL SET USERNAME=\"" + std::string(96, 'n') + "\"\r\n"},
+      {"mailbox without password", utf8, mailbox, mailboxLines},
+      {"mailbox with password", utf8, mailbox + Key("PrintTypeMBNPasswordTicketKey", box),
+       "@PJL SET HOLD=BOXSTORE\n@PJL SET HOLDTYPE=PRIVATE\n@PJL SET BOXNUMBER=12\r\n"
        "@PJL SET BOXENCRYPTKEY=\"<sealed:0042>\"\r\n"},
+      {"mailbox number cut to four bytes", utf8,
+       Key("PrintTypeTicketKey", "5") + Key("PrintTypeMBNTicketKey", "123456"),
+       "@PJL SET HOLD=BOXSTORE\n@PJL SET BOXNUMBER=1234\r\n"},
+      {"delayed print, job name from the document", utf8, delayed,
+       "@PJL SET JOBNAME=\"report\"\r\n@PJL SET JOBATTR=\"@PRTM=1230\"\r\n"},
+      {"sample print, typed job name", utf8, sample, sampleLines},
+      // The partial table has no mailbox and no delayed-print rows.
+      {"partial table: mailbox", default04, mailbox, ""},
+      {"partial table: delayed print", default04, delayed, "@PJL SET JOBNAME=\"report\"\r\n"},
+      {"partial table: sample print", default04, sample, sampleLines},
+      // Default04 counts only on a UTF-8 printer; without a PPD the full table applies.
+      {"legacy printer listing Default04", legacy04, mailbox, mailboxLines},
+      {"no PPD", "", mailbox, mailboxLines},
   };
-  for (const OutputCase& c : cases) {
+  for (const Case& c : cases) {
     HeaderJob job;
     job.ppd = c.ppd;
     job.ticket = c.ticket;
-    job.printTypeDocumentName = c.printTypeDocumentName;
     std::string out = RunPrintType(job);
     EXPECT_EQ(WithOpenedFields(out), c.expected) << c.name << "\n" << ShowControlBytes(out);
+  }
+}
+
+// Each text arrives cut to its field's size; a UTF-8 printer gets the user
+// name and the typed name in UTF-8, the other texts in the Shift-JIS form.
+TEST(PrintTypeTicket, ReadsEachTextIntoItsFieldAndSize) {
+  const std::string kana = "\xE3\x82\xA2", sjis = "\x83\x41";  // KATAKANA LETTER A
+  const PrintTypeOption& pt = zpjlOptionPrintType;
+  struct Field {
+    const char* key;
+    const char* text;
+    size_t size;
+    bool utf8OnUTF8Printer;
+  } fields[] = {
+      {"PrintTypeUserNameTicketKey", pt.userName, 97, true},
+      {"DocumentNameTicketKey", pt.documentName, 193, true},
+      {"DelayPrintTicketKey", pt.delayTime, 17, false},
+      {"PrintTypeMBNTicketKey", pt.mailboxNumber, 5, false},
+  };
+  std::string ticket;
+  char letter = 'a';
+  for (const Field& f : fields) ticket += Key(f.key, kana + std::string(300, letter++));
+  // Not base64: the password fields keep the ticket text, which the getter
+  // reads through a 1024-byte work buffer.
+  const std::string longText(3000, 'x');
+  ticket += Key("PrintTypePasswordTicketKey", longText) +
+            Key("PrintTypeMBNPasswordTicketKey", longText);
+  for (bool utf8 : {true, false}) {
+    HeaderJob job;
+    job.ppd = utf8 ? "modules-utf8.ppd" : "modules-legacy-default04.ppd";
+    job.ticket = ticket;
+    PrepareHeaderModules(job);
+    letter = 'a';
+    for (const Field& f : fields) {
+      const std::string start = utf8 && f.utf8OnUTF8Printer ? kana : sjis;
+      EXPECT_EQ(f.text, start + std::string(f.size - 1 - start.size(), letter++))
+          << f.key << (utf8 ? " UTF-8" : " legacy");
+    }
+    EXPECT_EQ(pt.printType, -1);
+    EXPECT_EQ(pt.documentNameType, -1);
+    EXPECT_EQ(pt.password, longText.substr(0, 1023));
+    EXPECT_EQ(pt.mailboxPassword, longText.substr(0, 1023));
   }
 }
 
