@@ -41,11 +41,21 @@ std::string WithHostPlaceholder(std::string stream, bool utf8) {
 // The lines of the print type and accounting modules, in stream order.
 std::string ModuleLines(const std::string& stream) {
   static const char* const kStarts[] = {
-      "@PJL SET HOLD",      "@PJL SET BOX",         "@PJL SET USERNAME=",
-      "@PJL SET JOBNAME=",  "@PJL SET JOBATTR=\"@PRTM=", "@PJL SET JOBATTR=\"@CNAM=",
-      "@PJL SET JOBATTR=\"@LUNA=", "@PJL SET JOBATTR=\"@HOAD=", "@PJL SET JOBATTR=\"@NLPP=",
-      "@PJL SET JOBATTR=\"@JOAU=", "@PJL SET JOBATTR=\"@JOEP=", "@PJL SET JOBATTR=\"@JOAD=",
-      "@PJL SET JOBATTR=\"@DAID=", "@PJL SET JOBATTR=\"@ACID=", "@PJL SET JOBATTR=\"@ACNA=",
+      "@PJL SET HOLD",
+      "@PJL SET BOX",
+      "@PJL SET USERNAME=",
+      "@PJL SET JOBNAME=",
+      "@PJL SET JOBATTR=\"@PRTM=",
+      "@PJL SET JOBATTR=\"@CNAM=",
+      "@PJL SET JOBATTR=\"@LUNA=",
+      "@PJL SET JOBATTR=\"@HOAD=",
+      "@PJL SET JOBATTR=\"@NLPP=",
+      "@PJL SET JOBATTR=\"@JOAU=",
+      "@PJL SET JOBATTR=\"@JOEP=",
+      "@PJL SET JOBATTR=\"@JOAD=",
+      "@PJL SET JOBATTR=\"@DAID=",
+      "@PJL SET JOBATTR=\"@ACID=",
+      "@PJL SET JOBATTR=\"@ACNA=",
       "@PJL SET JOBATTR=\"@ACEP=",
   };
   std::string header = SplitStream(stream).header;
@@ -106,26 +116,23 @@ TEST(AccountingStream, SecurePrintJobHeader) {
   job.file = "/nonexistent/job.ps";
   job.options = Key("PrintTypeTicketKey", "2") + Key("PrintTypeUserNameTicketKey", "alice") +
                 Key("PrintTypePasswordTicketKey", hold) + Key("DocumentNameTypeTicketKey", "1") +
-                Key("JBAManageTypeListTicketKey", "2") +
-                Key("JBAUserSettingRadioBtnTicket", "1") + Key("JBAUserIDListCtrlTicket", "2") +
-                Key("JBAUserIDTextEditTicket", "u100") +
+                Key("JBAManageTypeListTicketKey", "2") + Key("JBAUserSettingRadioBtnTicket", "1") +
+                Key("JBAUserIDListCtrlTicket", "2") + Key("JBAUserIDTextEditTicket", "u100") +
                 Key("JBAUserPasswordTextEditTicket", owner) +
                 Key("JBAAccountIDTextEditTicket", "acct7") + Key("JBAInfoListTicketKey", "0") +
                 Key("JBAIPAddressStringTicket", "192.0.2.7");
   FilterRun run = RunFilter(job);
   ASSERT_EQ(run.status, 0);
-  const std::string header = kUEL + "@PJL SET STRINGCODESET=UTF8\n" +
-                             "@PJL JOB MODE=PRINTER\r\n" +
+  const std::string header = kUEL + "@PJL SET STRINGCODESET=UTF8\n" + "@PJL JOB MODE=PRINTER\r\n" +
                              "@PJL SET HOLD=STORE\n"
                              "@PJL SET HOLDTYPE=PRIVATE\n"
                              "@PJL SET USERNAME=\"alice\"\r\n"
                              "@PJL SET HOLDENCRYPTKEY=\"<sealed:1234>\"\r\n"
                              "@PJL SET JOBNAME=\"Quarterly report\"\r\n" +
-                             LF("CNAM", "<host>") + LF("LUNA", "alice") +
-                             LF("HOAD", "192.0.2.7") + LF("NLPP", "1") + CRLF("JOAU", "u100") +
+                             LF("CNAM", "<host>") + LF("LUNA", "alice") + LF("HOAD", "192.0.2.7") +
+                             LF("NLPP", "1") + CRLF("JOAU", "u100") +
                              CRLF("JOEP", "<sealed:pw100>") + CRLF("DAID", "acct7") +
-                             CRLF("ACNA", "Quarterly report") +
-                             "@PJL ENTER LANGUAGE=POSTSCRIPT\n";
+                             CRLF("ACNA", "Quarterly report") + "@PJL ENTER LANGUAGE=POSTSCRIPT\n";
   EXPECT_TRUE(SameStream(header + kTrailer, WithOpenedFields(WithHostPlaceholder(run.out, true))));
 }
 

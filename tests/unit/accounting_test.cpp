@@ -41,6 +41,7 @@ TEST(AccountingTables, EachRowExpandsToItsLine) {
   ResetJobState();
   JBAInializeDescriptionTableFromFilter();
   JBAOption& j = zpjlOptionJBA;
+  // clang-format off
   const std::pair<char*, const char*> markers[] = {
       {HostNameStr, "HOST"}, {StdUserName, "LOGIN"}, {StdJBAUserName, "JBALOGIN"},
       {StdDocumentName, "DOC"}, {StdNUpInfo, "N2"}, {IPAddressStr, "10.0.0.9"},
@@ -81,6 +82,7 @@ TEST(AccountingTables, EachRowExpandsToItsLine) {
       /* 36 */ R("ACID", "ISTO"), R("ACNA", "DOC"), N("JOAU", unknown), N("JOEP", ""),
       /* 40 */ R("ACEP", "ISPW"), R("ACEP", ""),
   };
+  // clang-format on
   ASSERT_EQ(static_cast<int32_t>(admin.size()), JBAFmtTableAdminNum);
   ASSERT_EQ(static_cast<int32_t>(common.size()), JBAFmtTableCommonNum);
   for (int32_t i = 0; i < JBAFmtTableAdminNum; ++i) {
@@ -105,10 +107,12 @@ struct SetValue {
 
 // The common row mirroring each administrator row for the user set; the
 // administrator document-name row has none.
+// clang-format off
 const int kUserRowOf[JBAFmtTableAdminNum] = {
     7,  8,  9,  10, 11, 13, 14, 15, 16, 17, 18, 19, 20, 21, -1, 22, 23, 24,
     25, 26, 27, 28, 29, 30, 31, 32, 33, 34, 35, 36, 37, 38, 39, 40, 41,
 };
+// clang-format on
 
 // One situation, run in either set. `rows` are administrator row numbers;
 // for the user set they become their common mirrors.
@@ -124,6 +128,7 @@ TEST(AccountingTables, RowsHoldExactlyForTheirSettings) {
   const auto K = Key;
   const std::string list = "JBAInfoListTicketKey", set8 = "JBAInfoSetListTicketKey",
                     auth = "JBAInputAuthRadioBtnTicketKey";
+  // clang-format off
   const std::vector<SetCase> cases = {
       {"login user, no list", false, {{"UserIDListCtrlTicket", "1"},
        {"UserPasswordTextEditTicket", "pw"}}, K(list, "0"), {0, 6, 12, 14}},
@@ -168,6 +173,7 @@ TEST(AccountingTables, RowsHoldExactlyForTheirSettings) {
            K("JBAInputStorageIDTextEditTicket", "ist"),
        {29, 30, 31, 32, 34}},
   };
+  // clang-format on
   std::vector<bool> seenAdmin(JBAFmtTableAdminNum), seenCommon(JBAFmtTableCommonNum);
   auto check = [&](const HeaderJob& job, const std::vector<int>& admin,
                    const std::vector<int>& common, const std::string& name) {
@@ -182,9 +188,10 @@ TEST(AccountingTables, RowsHoldExactlyForTheirSettings) {
       const std::string prefix = side == Side::Admin ? "JBAAdmin" : "JBA";
       HeaderJob job;
       job.ppd = "modules-utf8.ppd";
-      job.ticket = K("JBAManageTypeListTicketKey", side == Side::Admin ? "1" : "2") +
-                   K(prefix + (c.entryTime ? "UserInputRadioBtnTicket"
-                                           : "UserSettingRadioBtnTicket"), "1") + c.shared;
+      job.ticket =
+          K("JBAManageTypeListTicketKey", side == Side::Admin ? "1" : "2") +
+          K(prefix + (c.entryTime ? "UserInputRadioBtnTicket" : "UserSettingRadioBtnTicket"), "1") +
+          c.shared;
       // Host, login user, N-up and document name hold throughout; the login
       // user as owner too, unless the user set sends a user ID key.
       std::vector<int> admin, common = {0, 2, 6, 12, 37};
@@ -234,10 +241,9 @@ TEST(AccountingOutput, WritesTheLinesInTableOrder) {
   ASSERT_FALSE(owner.empty());
   ASSERT_FALSE(storage.empty());
   const std::string client = N("CNAM", "mac1") + N("LUNA", "bob") + N("NLPP", "1");
-  const std::string userLogin = Key("JBAManageTypeListTicketKey", "2") +
-                                Key("JBAUserSettingRadioBtnTicket", "1") +
-                                Key("JBAUserIDListCtrlTicket", "1") +
-                                Key("JBAInfoListTicketKey", "0");
+  const std::string userLogin =
+      Key("JBAManageTypeListTicketKey", "2") + Key("JBAUserSettingRadioBtnTicket", "1") +
+      Key("JBAUserIDListCtrlTicket", "1") + Key("JBAInfoListTicketKey", "0");
   const std::string noUserID = Key("JBAUserIDTextEditTicket", "''");
   HeaderJob noHost = Job("number-up=4");
   noHost.hostName = "";
@@ -282,9 +288,9 @@ TEST(AccountingOutput, WritesTheLinesInTableOrder) {
            Key("JBAAdminAccountIDTextEditTicket", "A-1") +
            Key("JBAAdminStorageIDTextEditTicket", "box9") +
            Key("JBAAdminStoragePasswordTextEditTicket", storage)),
-       R("JOAU", "chief") + R("JOEP", "<sealed:pw-owner>") + R("JOAD", "corp") +
-           R("DAID", "A-1") + R("ACID", "box9") + R("ACNA", "report") +
-           R("ACEP", "<sealed:pw-storage>") + client + R("JOAU", "bob") + R("ACNA", "report")},
+       R("JOAU", "chief") + R("JOEP", "<sealed:pw-owner>") + R("JOAD", "corp") + R("DAID", "A-1") +
+           R("ACID", "box9") + R("ACNA", "report") + R("ACEP", "<sealed:pw-storage>") + client +
+           R("JOAU", "bob") + R("ACNA", "report")},
       {"user entry time, user and storage with passwords",
        Job(Key("JBAManageTypeListTicketKey", "2") + Key("JBAUserInputRadioBtnTicket", "1") +
            Key("JBAInputAuthRadioBtnTicketKey", "1") + Key("JBAInfoSetListTicketKey", "0") +
@@ -353,7 +359,8 @@ TEST(AccountingTicket, ReadsEachTextIntoItsFieldAndSize) {
   const std::string rect = "com.apple.print.PaperInfo.PMUnadjustedPaperRect..a.";
   for (const std::string& base :
        {"com.apple.print.subTicket.page_format_ticket..d.com.apple.print.subTicket."
-        "paper_info_ticket..d." + rect,
+        "paper_info_ticket..d." +
+            rect,
         "com.apple.print.subTicket.paper_info_ticket..d." + rect}) {
     for (char element : {'0', '1', '2', '3'}) {
       ticket += base + element + "..n.=" + element + std::string(300, '7') + " ";

@@ -64,9 +64,11 @@ TEST(PrintTypeTables, EachRowExpandsToItsLine) {
 
 // Which rows hold for a ticket, in the full and in the partial table.
 TEST(PrintTypeTables, RowsHoldExactlyForTheirSettings) {
-  const std::string secure = Key("PrintTypeTicketKey", "2") + Key("PrintTypeUserNameTicketKey", "u1");
+  const std::string secure =
+      Key("PrintTypeTicketKey", "2") + Key("PrintTypeUserNameTicketKey", "u1");
   const std::string typedName =
       Key("DocumentNameTypeTicketKey", "2") + Key("DocumentNameTicketKey", "typed");
+  // clang-format off
   struct Case {
     const char* name;
     std::string ticket;
@@ -102,6 +104,7 @@ TEST(PrintTypeTables, RowsHoldExactlyForTheirSettings) {
       {"no print type, user name and typed name",
        Key("PrintTypeUserNameTicketKey", "u1") + typedName, "", {7, 10}, {3, 6}},
   };
+  // clang-format on
   std::vector<bool> seenFull(PrintTypeFmtTableNum), seenPartial(PrintTypeFmtPartTableNum);
   for (const Case& c : cases) {
     HeaderJob job;
@@ -128,10 +131,9 @@ TEST(PrintTypeOutput, WritesTheChosenTablesLines) {
   const std::string box = StoredPasswordText("0042");
   ASSERT_FALSE(hold.empty());
   ASSERT_FALSE(box.empty());
-  const std::string secure = Key("PrintTypeTicketKey", "2") +
-                             Key("PrintTypeUserNameTicketKey", "u1") +
-                             Key("PrintTypePasswordTicketKey", hold) +
-                             Key("DocumentNameTypeTicketKey", "1");
+  const std::string secure =
+      Key("PrintTypeTicketKey", "2") + Key("PrintTypeUserNameTicketKey", "u1") +
+      Key("PrintTypePasswordTicketKey", hold) + Key("DocumentNameTypeTicketKey", "1");
   const std::string secureLines =
       "@PJL SET HOLD=STORE\n"
       "@PJL SET HOLDTYPE=PRIVATE\n"
@@ -142,15 +144,15 @@ TEST(PrintTypeOutput, WritesTheChosenTablesLines) {
   const std::string mailboxLines = "@PJL SET HOLD=BOXSTORE\n@PJL SET BOXNUMBER=12\r\n";
   const std::string delayed = Key("PrintTypeTicketKey", "4") + Key("DelayPrintTicketKey", "1230") +
                               Key("DocumentNameTypeTicketKey", "1");
-  const std::string sample = Key("PrintTypeTicketKey", "3") +
-                             Key("PrintTypeUserNameTicketKey", "u1") +
-                             Key("DocumentNameTypeTicketKey", "2") +
-                             Key("DocumentNameTicketKey", "Quarterly");
+  const std::string sample =
+      Key("PrintTypeTicketKey", "3") + Key("PrintTypeUserNameTicketKey", "u1") +
+      Key("DocumentNameTypeTicketKey", "2") + Key("DocumentNameTicketKey", "Quarterly");
   const std::string sampleLines =
       "@PJL SET HOLD=PROOF\n@PJL SET USERNAME=\"u1\"\r\n@PJL SET JOBNAME=\"Quarterly\"\r\n";
   const char* utf8 = "modules-utf8.ppd";
   const char* default04 = "modules-utf8-default04.ppd";
   const char* legacy04 = "modules-legacy-default04.ppd";
+  // clang-format off
   struct Case {
     const char* name;
     const char* ppd;
@@ -180,6 +182,7 @@ TEST(PrintTypeOutput, WritesTheChosenTablesLines) {
       {"legacy printer listing Default04", legacy04, mailbox, mailboxLines},
       {"no PPD", "", mailbox, mailboxLines},
   };
+  // clang-format on
   for (const Case& c : cases) {
     HeaderJob job;
     job.ppd = c.ppd;
@@ -211,8 +214,8 @@ TEST(PrintTypeTicket, ReadsEachTextIntoItsFieldAndSize) {
   // Not base64: the password fields keep the ticket text, which the getter
   // reads through a 1024-byte work buffer.
   const std::string longText(3000, 'x');
-  ticket += Key("PrintTypePasswordTicketKey", longText) +
-            Key("PrintTypeMBNPasswordTicketKey", longText);
+  ticket +=
+      Key("PrintTypePasswordTicketKey", longText) + Key("PrintTypeMBNPasswordTicketKey", longText);
   for (bool utf8 : {true, false}) {
     HeaderJob job;
     job.ppd = utf8 ? "modules-utf8.ppd" : "modules-legacy-default04.ppd";

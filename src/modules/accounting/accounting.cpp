@@ -65,7 +65,7 @@ constexpr std::array<TicketBinding, N> MakeBindings(const TicketRow (&rows)[N], 
   return MakeBindings(rows, utf8, std::make_index_sequence<N>{});
 }
 
-constexpr char kJBAMacHostNameTicketKey[] =
+constexpr char kJBAHostNameTicketKey[] =
     "com.korvanel.qd.jtz.printsettings.JBAMacHostNameStringTicket";
 constexpr char kJBAIPAddressTicketKey[] =
     "com.korvanel.qd.jtz.printsettings.JBAIPAddressStringTicket";
@@ -164,7 +164,7 @@ constexpr int32_t kLayoutTextSize = 10;
 constexpr int32_t kPaperRectTextSize = 20;
 
 constexpr TicketRow kCommonTicketRows[JBATicketDataNumCommon] = {
-    Row(kJBAMacHostNameTicketKey, jba.hostName, Read::Text),
+    Row(kJBAHostNameTicketKey, jba.hostName, Read::Text),
     Row(kJBAIPAddressTicketKey, jba.ipAddress, Read::Text),
     Row(kJBAInfoListTicketKey, jba.infoList, Read::Integer),
     Row(kJBAInfoSetListTicketKey, jba.infoSetList, Read::Integer),
@@ -333,7 +333,7 @@ constexpr Term Empty(Field&& field) {
 
 constexpr int kMaxTerms = 5;
 
-struct RowSpec {
+struct RowDescription {
   const RowFormat* format;
   Operand value;
   Term terms[kMaxTerms];
@@ -349,7 +349,8 @@ constexpr int32_t kOn = OptionUserInputTypeSelected;
 // values entered at print time) manageType = administrator and
 // adminUserInput on. The user set mirrors them in the common table.
 constexpr int kFirstEntryTimeRow = 17;
-const RowSpec kAdminRows[JBAFmtTableAdminNum] = {
+// clang-format off
+const RowDescription kAdminRows[JBAFmtTableAdminNum] = {
     /*  0 */ {&prtfmtStrJOAU, Of(StdJBAUserName),
               {Is(Own::IDType, kLogin), Set(StdUserName), Is(jba.infoList, JBAInfoListNotExist)}},
     /*  1 */ {&prtfmtStrJOAUUnknownLF, kNoValue,
@@ -421,9 +422,11 @@ const RowSpec kAdminRows[JBAFmtTableAdminNum] = {
               {Is(jba.inputStorage, kOn), Set(jba.inputStorageID),
                Empty(jba.inputStoragePassword)}},
 };
+// clang-format on
 
 // The common table's own rows, which hold in every accounting mode.
-const RowSpec kClientRows[] = {
+// clang-format off
+const RowDescription kClientRows[] = {
     /* 0 */ {&prtfmtStrCNAM, Of(HostNameStr), {Set(HostNameStr)}},
     /* 1 */ {&prtfmtStrCNAMUnknownLF, kNoValue, {Empty(HostNameStr)}},
     /* 2 */ {&prtfmtStrLUNA, Of(StdUserName), {Set(StdUserName)}},
@@ -436,6 +439,7 @@ const RowSpec kClientRows[] = {
     // Common row 37: the document name, whenever it is known.
     /* 8 */ {&prtfmtStrACNA, Of(StdDocumentName), {Set(StdDocumentName)}},
 };
+// clang-format on
 
 // Where a row of the common table comes from: one of its own rows, or the
 // user mirror of an administrator row.
@@ -446,6 +450,7 @@ struct CommonSource {
 constexpr CommonSource Client(int index) { return {false, index}; }
 constexpr CommonSource Mirror(int adminRow) { return {true, adminRow}; }
 
+// clang-format off
 const CommonSource kCommonLayout[JBAFmtTableCommonNum] = {
     /*  0- 6 */ Client(0), Client(1), Client(2), Client(3), Client(4), Client(5), Client(6),
     /*  7-11 */ Mirror(0), Mirror(1), Mirror(2), Mirror(3), Mirror(4),
@@ -458,6 +463,7 @@ const CommonSource kCommonLayout[JBAFmtTableCommonNum] = {
     /* 37    */ Client(8),
     /* 38-41 */ Mirror(31), Mirror(32), Mirror(33), Mirror(34),
 };
+// clang-format on
 
 // ---- Binding --------------------------------------------------------------
 
@@ -518,10 +524,10 @@ void SetParams(BoundRow* bound, std::initializer_list<ParamPointer> list) {
   InitializeCmdParaTable(&bound->paramTable, count, bound->params);
 }
 
-void BindParams(const RowSpec& spec, Side side, BoundRow* bound) {
+void BindParams(const RowDescription& row, Side side, BoundRow* bound) {
   const void* q = &CTRLSym_DOUBLE;
-  const void* value = Resolve(spec.value, side);
-  switch (spec.format->shape) {
+  const void* value = Resolve(row.value, side);
+  switch (row.format->shape) {
     case Shape::ValueCRLF:
       SetParams(bound, {q, value, q, &CTRLSym_CR, &CTRLSym_LF});
       break;
@@ -537,28 +543,29 @@ void BindParams(const RowSpec& spec, Side side, BoundRow* bound) {
   }
 }
 
-void BindConditions(const RowSpec& spec, Side side, Standing standing, BoundRow* bound) {
+void BindConditions(const RowDescription& row, Side side, Standing standing, BoundRow* bound) {
   int32_t count = 0;
   auto add = [&](const void* value, CompareFunc compare, const void* reference) {
     bound->items[count++] = {value, reference, compare};
   };
   if (standing != Standing::None) {
-    add(&jba.manageType, IntCampareFunc, side == Side::Admin ? &JBAModeListAdmin : &JBAModeListUser);
+    add(&jba.manageType, IntCampareFunc,
+        side == Side::Admin ? &JBAModeListAdmin : &JBAModeListUser);
     add(OwnField(standing == Standing::Setting ? Own::Setting : Own::Input, side), IntCampareFunc,
         &OptionUserInputTypeSelected);
   }
-  for (const Term& term : spec.terms) {
+  for (const Term& term : row.terms) {
     if (term.compare == nullptr) break;
     add(Resolve(term.operand, side), term.compare, term.reference);
   }
   InitializeComparationTable(&bound->conditionTable, count, bound->items);
 }
 
-void BindRow(const RowSpec& spec, Side side, Standing standing, BoundRow* bound,
+void BindRow(const RowDescription& row, Side side, Standing standing, BoundRow* bound,
              FormatEntry* entry) {
-  BindParams(spec, side, bound);
-  BindConditions(spec, side, standing, bound);
-  *entry = {spec.format->text, &bound->paramTable, &bound->conditionTable};
+  BindParams(row, side, bound);
+  BindConditions(row, side, standing, bound);
+  *entry = {row.format->text, &bound->paramTable, &bound->conditionTable};
 }
 
 Standing AdminRowStanding(int adminRow) {

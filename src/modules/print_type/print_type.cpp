@@ -96,8 +96,7 @@ const int32_t cmdParaNumUserName = 5;
 const ParamPointer cmdParaListHoldEncryptKey[] = {&CTRLSym_DOUBLE, pt.password, &CTRLSym_DOUBLE,
                                                   &CTRLSym_CR, &CTRLSym_LF};
 const int32_t cmdParaNumHoldEncryptKey = 5;
-const ParamPointer cmdParaListAutoJobName[] = {&CTRLSym_DOUBLE, PTStdDocumentName,
-                                               &CTRLSym_DOUBLE};
+const ParamPointer cmdParaListAutoJobName[] = {&CTRLSym_DOUBLE, PTStdDocumentName, &CTRLSym_DOUBLE};
 const int32_t cmdParaNumAutoJobName = 3;
 const ParamPointer cmdParaListEnteredJobName[] = {&CTRLSym_DOUBLE, pt.documentName,
                                                   &CTRLSym_DOUBLE};
@@ -144,17 +143,17 @@ const ConditionItem comparationItemMailboxPassword[] = {Is(pt.printType, OptionM
                                                         Set(pt.mailboxPassword)};
 // Every print type but normal, delayed and mailbox printing, including a
 // print type the ticket did not set.
-const ConditionItem comparationItemUserName[] = {
-    Not(pt.printType, OptionSecurePrintNone), Not(pt.printType, OptionDelayPrint),
-    Not(pt.printType, OptionMBN), Set(pt.userName)};
-const ConditionItem comparationItemHoldEncryptKey[] = {
-    Is(pt.printType, OptionSecurePrint), Set(pt.userName), Set(pt.password)};
+const ConditionItem comparationItemUserName[] = {Not(pt.printType, OptionSecurePrintNone),
+                                                 Not(pt.printType, OptionDelayPrint),
+                                                 Not(pt.printType, OptionMBN), Set(pt.userName)};
+const ConditionItem comparationItemHoldEncryptKey[] = {Is(pt.printType, OptionSecurePrint),
+                                                       Set(pt.userName), Set(pt.password)};
 const ConditionItem comparationItemAutoJobName[] = {
     Not(pt.printType, OptionSecurePrintNone),
     Is(pt.documentNameType, OptionDocumentNameAutoRetrieve), Set(PTStdDocumentName)};
 const ConditionItem comparationItemEnteredJobName[] = {
-    Not(pt.printType, OptionSecurePrintNone),
-    Is(pt.documentNameType, OptionDocumentNameEnterName), Set(pt.documentName)};
+    Not(pt.printType, OptionSecurePrintNone), Is(pt.documentNameType, OptionDocumentNameEnterName),
+    Set(pt.documentName)};
 const ConditionItem comparationItemDelayTime[] = {Is(pt.printType, OptionDelayPrint),
                                                   Set(pt.delayTime)};
 
@@ -206,8 +205,7 @@ const FormatEntry PrintTypeFmtPartTable[PrintTypeFmtPartTableNum] = {
 
 void PrintTypeInitializeCmdParaTable() {
   InitializeCmdParaTable(&symParaBoxNumber, cmdParaNumBoxNumber, cmdParaListBoxNumber);
-  InitializeCmdParaTable(&symParaBoxEncryptKey, cmdParaNumBoxEncryptKey,
-                         cmdParaListBoxEncryptKey);
+  InitializeCmdParaTable(&symParaBoxEncryptKey, cmdParaNumBoxEncryptKey, cmdParaListBoxEncryptKey);
   InitializeCmdParaTable(&symParaUserName, cmdParaNumUserName, cmdParaListUserName);
   InitializeCmdParaTable(&symParaHoldEncryptKey, cmdParaNumHoldEncryptKey,
                          cmdParaListHoldEncryptKey);
