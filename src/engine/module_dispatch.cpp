@@ -1,6 +1,7 @@
 #include "engine/module_dispatch.h"
 
 #include "engine/job_header.h"
+#include "modules/job_comments/job_comments.h"
 
 void InializeDescriptionTableFromFilter() {
 }
@@ -11,7 +12,9 @@ void InializeDescriptionTable() {
 }
 
 int GetTicketFromPDE(char* argv[]) {
-  (void)argv;
+  // Order: print type, accounting, features, watermark, perfect binding,
+  // comments, special pages.
+  CommentGetTicketFromPDE(argv);
   return 1;
 }
 
