@@ -408,3 +408,95 @@ TEST_F(CommentLinesTest, AdvancedLinesInOrder) {
 }
 
 }  // namespace
+
+// ---- Reading the ticket ----------------------------------------------------------------
+
+// A filter argument vector whose options (argv[5]) are `ticket`.
+struct JobArguments {
+  explicit JobArguments(const char* ticket) { CopyText(options, sizeof options, ticket); }
+  char program[9] = "pstozpjl";
+  char jobId[2] = "1";
+  char user[5] = "user";
+  char title[6] = "title";
+  char copies[2] = "1";
+  char options[512];
+  char* argv[7] = {program, jobId, user, title, copies, options, nullptr};
+};
+
+struct TicketCase {
+  const char* ticket;
+  const char* sides;
+  const char* collate;
+  int32_t orientation;
+  int32_t direction;
+};
+
+TEST_F(CommentLinesTest, TicketReadingNormalisesTheRecord) {
+  const TicketCase cases[] = {
+      // Nothing in the ticket: one-sided, no collate, orientation and direction 1.
+      {"", "one-sided", "", 1, 1},
+      {"sides=two-sided-long-edge", "two-sided-long-edge", "", 1, 1},
+      // A binding edge of 0 means one-sided, whatever the sides say.
+      {"sides=two-sided-long-edge DuplexBindingEdge..n.=0", "one-sided", "", 1, 1},
+      {"sides=two-sided-long-edge DuplexBindingEdge..n.=2", "two-sided-long-edge", "", 1, 1},
+      // A booklet signature forces the short edge; "None" is no booklet.
+      {"sides=one-sided KRSignature=LeftSig", "two-sided-short-edge", "", 1, 1},
+      {"KRSignature=RightSigFold DuplexBindingEdge..n.=0", "two-sided-short-edge", "", 1, 1},
+      {"sides=two-sided-long-edge KRSignature=None", "two-sided-long-edge", "", 1, 1},
+      // Collate comes from the raw option text; "nocollate" is tested first.
+      {"collate=true", "one-sided", "collate", 1, 1},
+      {"nocollate", "one-sided", "nocollate", 1, 1},
+      {"collate nocollate", "one-sided", "nocollate", 1, 1},
+      {"orientation-requested=4 com.apple.print.PrintSettings.PMLayoutDirection..n.=6",
+       "one-sided", "", 4, 6},
+      {"orientation-requested=0", "one-sided", "", 0, 1},
+  };
+  for (const TicketCase& c : cases) {
+    SCOPED_TRACE(c.ticket);
+    CommentResetOptionRecord();
+    JobArguments job(c.ticket);
+    CommentGetTicketFromPDE(job.argv);
+    EXPECT_STREQ(psoptioncomment.sides, c.sides);
+    EXPECT_STREQ(psoptioncomment.collate, c.collate);
+    EXPECT_EQ(psoptioncomment.orientation, c.orientation);
+    EXPECT_EQ(psoptioncomment.layoutDirection, c.direction);
+  }
+}
+
+TEST_F(CommentLinesTest, TicketFillsEveryField) {
+  CommentResetOptionRecord();
+  char ticket[] =
+      "sides=two-sided-short-edge KRColorMode=Color number-up=4 KRStaple=LeftDouble "
+      "KRPunch=Left KRNumPunchHoles=2Holes KRSignature=LeftSig KRSigVol=10Sheets "
+      "KRLineWeightAdjustment=Weakly1 KRTonerSaver=UserInput KRTonerReductionRate=Reduce_40 "
+      "DuplexBindingEdge..n.=3 com.apple.print.PrintSettings.PMCopies..n.=7 "
+      "orientation-requested=5 com.apple.print.PrintSettings.PMLayoutDirection..n.=3";
+  JobArguments job(ticket);
+  CommentGetTicketFromPDE(job.argv);
+  const CommentOptionRecord& r = psoptioncomment;
+  EXPECT_STREQ(r.colorMode, "Color");
+  EXPECT_STREQ(r.numberUp, "4");
+  EXPECT_STREQ(r.staple, "LeftDouble");
+  EXPECT_STREQ(r.punch, "Left");
+  EXPECT_STREQ(r.punchHoles, "2Holes");
+  EXPECT_STREQ(r.signature, "LeftSig");
+  EXPECT_STREQ(r.signatureVolume, "10Sheets");
+  EXPECT_STREQ(r.lineWeightAdjustment, "Weakly1");
+  EXPECT_STREQ(r.tonerSaver, "UserInput");
+  EXPECT_STREQ(r.tonerReductionRate, "Reduce_40");
+  EXPECT_EQ(r.duplexBindingEdge, 3);
+  EXPECT_EQ(r.copies, 7);
+  EXPECT_EQ(r.orientation, 5);
+  EXPECT_EQ(r.layoutDirection, 3);
+  EXPECT_EQ(CommentticketDataNum, 15);
+
+  // A second job's ticket without those keys leaves no trace of the first.
+  JobArguments second("");
+  CommentGetTicketFromPDE(second.argv);
+  EXPECT_STREQ(r.colorMode, "");
+  EXPECT_STREQ(r.staple, "");
+  EXPECT_STREQ(r.signatureVolume, "");
+  EXPECT_STREQ(r.tonerReductionRate, "");
+  EXPECT_EQ(r.copies, -1);
+  EXPECT_EQ(r.duplexBindingEdge, -1);
+}
