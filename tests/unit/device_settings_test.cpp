@@ -50,7 +50,6 @@ TEST_F(DeviceSettingsTest, TonerSaverLines) {
   const TonerCase cases[] = {
       // A user rate follows a seven-character prefix and is capped at 99.
       {"UserInput", "Reduce_150", "@PJL SET ECONOMODE=ON\n@PJL SET REDUCTIONRATE=99\n"},
-      {"UserInput", "Reduce_99", "@PJL SET ECONOMODE=ON\n@PJL SET REDUCTIONRATE=99\n"},
       {"UserInput", "Reduce_35", "@PJL SET ECONOMODE=ON\n@PJL SET REDUCTIONRATE=35\n"},
       {"UserInput", "Reduce_0", "@PJL SET ECONOMODE=OFF\n@PJL SET REDUCTIONRATE=0\n"},
       {"UserInput", "Reduce_-5", "@PJL SET ECONOMODE=OFF\n@PJL SET REDUCTIONRATE=0\n"},
@@ -59,7 +58,6 @@ TEST_F(DeviceSettingsTest, TonerSaverLines) {
       {"UserInput", "1234567" "8", "@PJL SET ECONOMODE=ON\n@PJL SET REDUCTIONRATE=8\n"},
       // Seven characters or fewer: no lines at all.
       {"UserInput", "Reduce_", ""},
-      {"UserInput", "R", ""},
       {"UserInput", "", ""},
       // Only seven characters of the tail are read: "0000001" and then "5" is ignored.
       {"UserInput", "Reduce_00000015", "@PJL SET ECONOMODE=ON\n@PJL SET REDUCTIONRATE=1\n"},
@@ -195,17 +193,13 @@ TEST(DeviceSettingsLookupTest, FindsTheRowOfKeywordAndChoice) {
   const LookupCase cases[] = {
       {"*KRSetTrapMode", "False", "@PJL SET JOBATTR=\"@TRAP=OFF\"\n"},
       {"*KRSetTrapMode", "True", "@PJL SET JOBATTR=\"@TRAP=ON\"\n"},
-      {"*KRLetterHeadDuplexMode", "DupAuto", "@PJL SET JOBATTR=\"@DDPM=AUTO\"\n"},
       {"*KRGrayBalance", "True", "@PJL SET JOBATTR=\"@GRGU=TEXTGRAPHICS\"\n"},
       {"*KROutputMode", "HighSpeed", "@PJL SET BITSPERPIXEL=1\n"},
       {"*KRBrightnes", "Bright5", "@PJL SET JOBATTR=\"@PSBR=5\"\n"},
-      {"*KRBrightnes", "Bright1", "@PJL SET JOBATTR=\"@PSBR=1\"\n"},
       {"*KRBrightnes", "Normal", "@PJL SET JOBATTR=\"@PSBR=0\"\n"},
       {"*KRBrightnes", "Dark3", "@PJL SET JOBATTR=\"@PSBR=-3\"\n"},
-      {"*KRBrightnes", "Dark1", "@PJL SET JOBATTR=\"@PSBR=-1\"\n"},
       {"*KRRGBInputProfile", "AdobeRGB", "@PJL SET JOBATTR=\"@RGBP=ADOBERGB\"\n"},
       {"*KRRGBBCorrection", "Dark", "@PJL SET JOBATTR=\"@RGBG=22\"\n"},
-      {"*KRRGBBCorrection", "Darkest", "@PJL SET JOBATTR=\"@RGBG=26\"\n"},
       {"*Smoothing", "False", "@PJL SET RET=OFF\n"},
       {"*KRTonerSaver", "True", "@PJL SET ECONOMODE=ON\n"},
       {"*KRMonochromePriority", "True", "@PJL SET JOBATTR=\"@BSPM=ON\"\n"},

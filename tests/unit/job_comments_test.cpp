@@ -176,33 +176,6 @@ TEST_F(CommentLinesTest, BasicLines) {
   }
 }
 
-struct ColourCase {
-  const char* ppd;
-  const char* colorMode;
-  const char* item;  // empty: no line
-};
-
-TEST_F(CommentLinesTest, ColourLineFollowsThePrinter) {
-  const ColourCase cases[] = {
-      {"jobinfo-utf8-color.ppd", "", "COLORMODE=COLOR"},
-      {"jobinfo-utf8-color-black-default.ppd", "", "COLORMODE=GRAYSCALE"},
-      {"jobinfo-legacy-mono.ppd", "", "COLORMODE=GRAYSCALE"},
-      {"no-such-file.ppd", "", "COLORMODE=GRAYSCALE"},
-      {"jobinfo-legacy-mono.ppd", "Color", "COLORMODE=COLOR"},
-      {"jobinfo-utf8-color.ppd", "Black", "COLORMODE=GRAYSCALE"},
-      {"jobinfo-legacy-mono.ppd", "Auto", ""},
-      {"jobinfo-no-encoding-no-pcfilename.ppd", "Auto", "COLORMODE=GRAYSCALE"},
-  };
-  for (const ColourCase& c : cases) {
-    SCOPED_TRACE(std::string(c.ppd) + " / " + c.colorMode);
-    UsePPD(c.ppd);
-    Fill(With([&](Job& j) { j.colorMode = c.colorMode; }));
-    std::vector<std::string> expected;
-    if (c.item[0] != '\0') expected.push_back(c.item);
-    EXPECT_EQ(Capture(OutputZPJLCommandforCommentBasic), Lines(expected));
-  }
-}
-
 TEST_F(CommentLinesTest, BookletVolumeIsCutAtTheWordInTheRecord) {
   Fill(With([](Job& j) { j.signature = "LeftSig"; j.volume = "12SheetsSheet"; }));
   Capture(OutputZPJLCommandforCommentBasic);
