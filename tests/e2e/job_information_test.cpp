@@ -65,6 +65,14 @@ const char kStapleTicket[] =
     "com.apple.print.PrintSettings.PMLayoutDirection..n.=6 orientation-requested=5 "
     "KRColorMode=Auto KRTonerSaver=True KRLineWeightAdjustment=Normal";
 
+// Perfect binding, device settings, special pages and the block in one job.
+const std::string kSP = " com.korvanel.qd.jtz.printsettings.ZPIF";
+const std::string kAllModulesTicket =
+    "KRPBindPosition=BindLeft KRPBindTrimming=None KRPBindPageSize=A4" + kSP +
+    "CoverCountTicket=1" + kSP + "CommandTicket_0=0,0,0,5" + kSP +
+    "CoverValueTicket_0=0,0,print-front KRTonerSaver=Mode1 KRLineWeightAdjustment=Weakly3 "
+    "number-up=2 collate";
+
 INSTANTIATE_TEST_SUITE_P(
     Jobs, JobHeaderTest,
     ::testing::Values(
@@ -115,6 +123,27 @@ INSTANTIATE_TEST_SUITE_P(
                    kUEL + kJobMode + "@PJL SET RENDERMODE=COLOR\n" +
                        Info(Block("1.5.0", {"DUPLEXTYPE=SIMPLEX", "COLORMODE=COLOR", "NUP=1",
                                             "ORIENTATION=PORTRAIT", "MIXEDSIZETYPE=NONE",
+                                            "CUD=OFF"})) +
+                       kEnterPS},
+        HeaderCase{"AllModulesInOrder", "jobinfo-utf8-color.ppd", kAllModulesTicket.c_str(),
+                   kUEL + kUtf8 + kJobMode +
+                       "@PJL SET JOBATTR=\"@PBRE=LEFT\"\n"
+                       "@PJL SET JOBATTR=\"@MSDA=ROTSEFLAND\"\n"
+                       "@PJL SET JOBATTR=\"@PBTC=OFF\"\n"
+                       "@PJL SET JOBATTR=\"@PBBP=A4\"\n"
+                       "@PJL SET JOBATTR=\"@PBTP=A4\"\n"
+                       "@PJL SET JOBATTR=\"@PBCI=OFF\"\n"
+                       "@PJL SET ECONOMODE=MODE1\n"
+                       "@PJL SET REDUCTIONRATE=0\n"
+                       "@PJL SET JOBATTR=\"@LWAD=3\"\n"
+                       "@PJL SET RENDERMODE=COLOR\n"
+                       "@PJL SET JOBATTR=\"@EFCV=PRINTFRONT\"\n"
+                       "@PJL SET JOBATTR=\"@EMCT=TRAYT1\"\n"
+                       "@PJL SET JOBATTR=\"@EBCV=NONE\"\n" +
+                       // No copies key in the ticket: the copies read as -1.
+                       Info(Block("1.5.0", {"JOBCOPIES=-1", "PAGECOPIES=1", "DUPLEXTYPE=SIMPLEX",
+                                            "COLORMODE=COLOR", "NUP=2", "ORIENTATION=LANDSCAPE",
+                                            "NUPEX=RIGHTTODOWN", "MIXEDSIZETYPE=NONE",
                                             "CUD=OFF"})) +
                        kEnterPS},
         // No block: CommentOn off, or no encoding and no PCFileName.
