@@ -2,6 +2,7 @@
 
 #include "engine/job_header.h"
 #include "modules/accounting/accounting.h"
+#include "modules/job_comments/job_comments.h"
 #include "modules/perfect_binding/perfect_binding.h"
 #include "modules/print_type/print_type.h"
 #include "modules/special_pages/special_pages.h"
@@ -23,7 +24,7 @@ int GetTicketFromPDE(char* argv[]) {
   JBAGetTicketFromPDE(argv);
   // Finishing features and watermark come here.
   PBindGetTicketFromPDE(argv);
-  // Job information comments.
+  CommentGetTicketFromPDE(argv);
   SpecialPageGetTicketFromPDE(argv);
   return 1;
 }
