@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <vector>
 
 namespace {
 
@@ -55,30 +56,25 @@ void AppendLittleEndianUnits(const char* bytes, size_t length, std::u16string* u
 
 // Runs a decoder to UTF-16LE over `length` bytes; keeps the units of the
 // valid prefix when the input is bad or cut short.
+//
+// The whole text goes in one call with room for all of it (no decoder here
+// makes more than two output bytes of one input byte): the C library's
+// JIS X 0213 decoder, stopped for room between the two characters that one
+// code stands for, writes the second one again and again without reading on.
 bool DecodeToUnits(const Descriptor& d, const char* bytes, size_t length, std::u16string* units) {
   units->clear();
   if (!d.usable()) return false;
   d.Reset();
+  std::vector<char> buffer(2 * length + 16);  // and the flush of a held character
   char* in = const_cast<char*>(bytes);
   size_t inLeft = length;
-  char buffer[512];
-  bool complete = true;
-  while (inLeft > 0) {
-    char* out = buffer;
-    size_t outLeft = sizeof buffer;
-    size_t result = iconv(d.get(), &in, &inLeft, &out, &outLeft);
-    AppendLittleEndianUnits(buffer, static_cast<size_t>(out - buffer), units);
-    if (result == kIconvFailed && errno != E2BIG) {
-      complete = false;
-      break;
-    }
-  }
-  char* out = buffer;
-  size_t outLeft = sizeof buffer;
-  iconv(d.get(), nullptr, nullptr, &out, &outLeft);
-  AppendLittleEndianUnits(buffer, static_cast<size_t>(out - buffer), units);
+  char* out = buffer.data();
+  size_t outLeft = buffer.size();
+  bool complete = iconv(d.get(), &in, &inLeft, &out, &outLeft) != kIconvFailed;
+  if (iconv(d.get(), nullptr, nullptr, &out, &outLeft) == kIconvFailed) complete = false;
+  AppendLittleEndianUnits(buffer.data(), static_cast<size_t>(out - buffer.data()), units);
   d.Reset();
-  return complete;
+  return complete && inLeft == 0;
 }
 
 bool IsSurrogate(char16_t unit) { return unit >= 0xD800 && unit <= 0xDFFF; }

@@ -12,6 +12,17 @@
 
 namespace {
 
+template <typename Text>
+Text Repeat(const Text& piece, size_t times) {
+  Text text;
+  for (size_t i = 0; i < times; ++i) text += piece;
+  return text;
+}
+std::string Repeat(const char* piece, size_t times) { return Repeat(std::string(piece), times); }
+std::u16string Repeat(const char16_t* piece, size_t times) {
+  return Repeat(std::u16string(piece), times);
+}
+
 std::string Hex(const std::string& bytes) {
   static const char digits[] = "0123456789ABCDEF";
   std::string out;
@@ -250,6 +261,14 @@ TEST(DecodeShiftJISX0213, UnitsAndPrefix) {
       {"outside the BMP", "\xF0\x40", true, u"\xD840\xDC89"},
       {"lead byte cut off", "A\x82", false, u"A"},
       {"bad trail byte", "A\x82\x20" "B", false, u"A"},
+      // Two-character codes where a decoder working in 512-byte pieces of
+      // output runs out of room between the two (it then never finished).
+      {"tone pair across a piece boundary", std::string(255, 'a') + "\x86\x86" "b", true,
+       std::u16string(255, u'a') + u"\u02E5\u02E9b"},
+      {"combining kana across a piece boundary", std::string(255, 'a') + "\x82\xF5", true,
+       std::u16string(255, u'a') + u"\u304B\u309A"},
+      {"many tone pairs after one byte", "a" + Repeat("\x86\x86", 300), true,
+       u"a" + Repeat(u"\u02E5\u02E9", 300)},
   };
   for (const Case& c : cases) {
     std::u16string units;
