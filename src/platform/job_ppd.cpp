@@ -33,3 +33,9 @@ ppd_file_t* AcquireJobPPD() {
 }
 
 void ReleaseJobPPD(ppd_file_t*) {}
+
+void ForgetJobPPD() {
+  CachedPPD& cache = Cache();
+  if (cache.ppd != nullptr) ppdClose(cache.ppd);
+  cache = CachedPPD();
+}

@@ -12,3 +12,7 @@ ppd_file_t* AcquireJobPPD();
 
 // Gives a PPD from AcquireJobPPD back. Accepts nullptr.
 void ReleaseJobPPD(ppd_file_t* ppd);
+
+// Closes the cached PPD, so that the next acquisition reads the file again
+// (for tests and fuzzing that rewrite one file between jobs).
+void ForgetJobPPD();

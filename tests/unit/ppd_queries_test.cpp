@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -87,6 +90,32 @@ TEST(PPDQueries, MissingPPDMeansMissingAttributes) {
   EXPECT_EQ(AcquireJobPPD(), nullptr);
   setenv("PPD", FixturePPD("legacy-mono.ppd").c_str(), 1);
   EXPECT_FALSE(IsUTF8PrinterEncoding());
+}
+
+TEST(JobPPD, ParsedOnceUntilForgotten) {
+  char path[] = "/tmp/zpjl-ppd-cache-XXXXXX";
+  int fd = mkstemp(path);
+  ASSERT_GE(fd, 0);
+  close(fd);
+  auto write = [&](const char* encoding) {
+    std::string text = std::string("*PPD-Adobe: \"4.3\"\n*KRPrinterLanguageEncoding: \"") +
+                       encoding + "\"\n";
+    FILE* file = fopen(path, "w");
+    ASSERT_NE(file, nullptr);
+    fputs(text.c_str(), file);
+    fclose(file);
+  };
+  write("UTF-8");
+  setenv("PPD", path, 1);
+  EXPECT_TRUE(IsUTF8PrinterEncoding());
+  write("SJIS");
+  EXPECT_TRUE(IsUTF8PrinterEncoding()) << "the same path is read once";
+  ForgetJobPPD();
+  EXPECT_FALSE(IsUTF8PrinterEncoding()) << "forgotten, the file is read again";
+  ForgetJobPPD();
+  unlink(path);
+  EXPECT_EQ(AcquireJobPPD(), nullptr);
+  unsetenv("PPD");
 }
 
 }  // namespace
