@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -108,7 +109,9 @@ void FilterProcess::Pump(int timeoutMs) {
   for (const pollfd& p : fds) {
     if ((p.revents & (POLLIN | POLLHUP)) == 0) continue;
     ssize_t got = read(p.fd, buffer, sizeof buffer);
-    if (got > 0) {
+    if (got > 0 && p.fd == out_ && outputSink_) {
+      outputSink_(buffer, static_cast<size_t>(got));
+    } else if (got > 0) {
       (p.fd == out_ ? run_.out : run_.err).append(buffer, static_cast<size_t>(got));
     } else if (got == 0 || (errno != EAGAIN && errno != EINTR)) {
       close(p.fd);
@@ -127,8 +130,12 @@ bool FilterProcess::Write(const std::string& bytes) {
     } else if (put < 0 && errno == EPIPE) {
       return false;
     } else {
-      pollfd p = {in_, POLLOUT, 0};
-      poll(&p, 1, 10);
+      // Wait until the filter takes input or has output to be read: a
+      // filter blocked on a full output pipe reads no more input.
+      std::vector<pollfd> fds = {{in_, POLLOUT, 0}};
+      if (out_ >= 0) fds.push_back({out_, POLLIN, 0});
+      if (err_ >= 0) fds.push_back({err_, POLLIN, 0});
+      poll(fds.data(), fds.size(), 1000);
       Pump(0);
     }
   }
@@ -153,14 +160,20 @@ bool FilterProcess::WaitForError(const std::string& text, int seconds) {
   return run_.err.find(text) != std::string::npos;
 }
 
+void FilterProcess::StreamOutput(std::function<void(const char*, size_t)> sink) {
+  outputSink_ = std::move(sink);
+}
+
 void FilterProcess::Signal(int signalNumber) { kill(pid_, signalNumber); }
 
 FilterRun FilterProcess::Finish() {
   CloseInput();
   while (out_ >= 0 || err_ >= 0) Pump(1000);
   int status = 0;
-  waitpid(pid_, &status, 0);
+  struct rusage usage = {};
+  wait4(pid_, &status, 0, &usage);
   pid_ = -1;
+  run_.maxRssKb = usage.ru_maxrss;
   if (WIFEXITED(status)) run_.status = WEXITSTATUS(status);
   if (WIFSIGNALED(status)) run_.termSignal = WTERMSIG(status);
   return run_;

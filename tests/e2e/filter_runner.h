@@ -10,6 +10,7 @@
 
 #include <sys/types.h>
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -36,6 +37,7 @@ struct FilterRun {
   std::string err;
   int status = -1;      // exit status, or -1 when killed by a signal
   int termSignal = 0;   // the signal that killed it
+  long maxRssKb = 0;    // the filter's peak resident memory
 };
 
 // A started filter process, for tests that act while the job runs.
@@ -51,6 +53,9 @@ class FilterProcess {
   void CloseInput();
   // Stops reading the filter's standard output (its next write gets SIGPIPE).
   void CloseOutput();
+  // Hands standard output to `sink` as it arrives instead of keeping it in
+  // FilterRun::out (for jobs too big to hold).
+  void StreamOutput(std::function<void(const char* bytes, size_t length)> sink);
   // Reads until `text` appears on stderr; false after `seconds`.
   bool WaitForError(const std::string& text, int seconds = 20);
   void Signal(int signalNumber);
@@ -65,6 +70,7 @@ class FilterProcess {
   int out_ = -1;
   int err_ = -1;
   FilterRun run_;
+  std::function<void(const char*, size_t)> outputSink_;
 };
 
 FilterRun RunFilter(const FilterJob& job);
