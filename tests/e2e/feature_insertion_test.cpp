@@ -29,6 +29,7 @@ struct InsertionCase {
   std::string derived;  // PJL between the header and the language switch
   std::string body;     // what follows the language switch, before the trailer
 };
+void PrintTo(const InsertionCase& c, std::ostream* os) { *os << c.name; }
 
 class InsertionTest : public ::testing::TestWithParam<InsertionCase> {};
 

@@ -35,6 +35,7 @@ struct EnvelopeCase {
   const char* block;  // expected PRINTJOBINFO version line, or nullptr
   bool enterPS;
 };
+void PrintTo(const EnvelopeCase& c, std::ostream* os) { *os << c.name; }
 
 class EnvelopeTest : public ::testing::TestWithParam<EnvelopeCase> {};
 
@@ -88,6 +89,7 @@ struct PassCase {
   std::string input;
   std::string body;
 };
+void PrintTo(const PassCase& c, std::ostream* os) { *os << c.name; }
 
 class PassThroughTest : public ::testing::TestWithParam<PassCase> {};
 
@@ -150,6 +152,7 @@ struct PageLogCase {
   std::string input;
   std::string log;
 };
+void PrintTo(const PageLogCase& c, std::ostream* os) { *os << c.name; }
 
 class PageLogTest : public ::testing::TestWithParam<PageLogCase> {};
 

@@ -42,6 +42,7 @@ struct HeaderCase {
   const char* options;
   std::string expected;  // the whole header, from the first byte to the language switch
 };
+void PrintTo(const HeaderCase& c, std::ostream* os) { *os << c.name; }
 
 class JobHeaderTest : public ::testing::TestWithParam<HeaderCase> {};
 

@@ -17,6 +17,8 @@ struct ExpansionCase {
   std::vector<ParamPointer> params;
   std::string expected;
 };
+// Named, not dumped byte by byte (the strings' unused bytes are undefined).
+void PrintTo(const ExpansionCase& c, std::ostream* os) { *os << c.name; }
 
 class ExpansionTest : public ::testing::TestWithParam<ExpansionCase> {};
 

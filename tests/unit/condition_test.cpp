@@ -16,6 +16,7 @@ struct CompareCase {
   const void* reference;
   int expected;
 };
+void PrintTo(const CompareCase& c, std::ostream* os) { *os << c.name; }
 
 class CompareTest : public ::testing::TestWithParam<CompareCase> {};
 

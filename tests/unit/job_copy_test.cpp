@@ -12,6 +12,7 @@ struct PatternCase {
   bool accepted;
   const char* expanded;
 };
+void PrintTo(const PatternCase& c, std::ostream* os) { *os << c.pattern; }
 
 class JobCopyPatternTest : public ::testing::TestWithParam<PatternCase> {};
 

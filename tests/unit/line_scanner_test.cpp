@@ -65,6 +65,7 @@ struct ScanCase {
   const char* name;
   std::string input;
 };
+void PrintTo(const ScanCase& c, std::ostream* os) { *os << c.name; }
 
 class LineScannerTest : public ::testing::TestWithParam<ScanCase> {};
 

@@ -18,6 +18,7 @@ struct ReleaseCase {
   const char* release;
   uint32_t packed;
 };
+void PrintTo(const ReleaseCase& c, std::ostream* os) { *os << c.release; }
 
 class PackSystemVersionTest : public ::testing::TestWithParam<ReleaseCase> {};
 
