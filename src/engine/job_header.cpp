@@ -6,6 +6,7 @@
 #include "frame/fixed_text.h"
 #include "frame/output_channel.h"
 #include "frame/ppd_queries.h"
+#include "modules/features/features.h"
 #include "modules/job_comments/job_comments.h"
 #include "platform/job_ppd.h"
 
@@ -128,7 +129,9 @@ void OutputZPJLCommand(char* argv[]) {
   OutputZPJLCommandLanguageEncodingForKQM4T2A();
   OutputZPJLCommandFromArray(argv, prtFmtTableZPJLJobMode, numFmtTableZPJLJobMode);
   OutputZPJLCommandFromFilter(argv);
-  // Perfect binding, booklet, toner saver, other device settings, special pages.
+  // Perfect binding.
+  OutputZPJLCommandforBooklet();
+  // Toner saver, other device settings, special pages.
 
   ppd_file_t* ppd = AcquireJobPPD();
   OutputZPJLCommandForJobInformation(ppd);

@@ -1,8 +1,11 @@
 #include "engine/module_dispatch.h"
 
 #include "engine/job_header.h"
+#include "modules/features/features.h"
+#include "modules/watermark/watermark.h"
 
 void InializeDescriptionTableFromFilter() {
+  FeaturesInializeDescriptionTableFromFilter();
 }
 
 void InializeDescriptionTable() {
@@ -11,16 +14,16 @@ void InializeDescriptionTable() {
 }
 
 int GetTicketFromPDE(char* argv[]) {
-  (void)argv;
+  FeaturesGetTicketFromPDE(argv);
+  WatermarkGetTicketFromPDE(argv);
   return 1;
 }
 
 void OutputZPJLCommandFromFilter(char* argv[]) {
-  (void)argv;
+  FeaturesOutputZPJLCommandFromFilter(argv);
 }
 
 void OutputPSCommandFromFilter(int32_t point, int32_t page, FILE* stream) {
-  (void)point;
-  (void)page;
-  (void)stream;
+  WatermarkOutputPSCommandFromFilter(point, page, stream);
+  FeaturesOutputPSCommandFromFilter(point, stream);
 }
