@@ -1,0 +1,292 @@
+// The job frame through the built filter: arguments, envelope, pass-through,
+// page log, signals and the debug job copy.
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+
+#include "filter_runner.h"
+
+namespace {
+
+const std::string kEnterPS = "@PJL ENTER LANGUAGE=POSTSCRIPT\n";
+const std::string kJobMode = "@PJL JOB MODE=PRINTER\r\n";
+
+TEST(Arguments, WrongCountIsAUsageError) {
+  const std::vector<std::vector<std::string>> wrong = {
+      {}, {"1", "u", "t", "1"}, {"1", "u", "t", "1", "", "f", "extra"}};
+  for (const auto& args : wrong) {
+    FilterJob job;
+    job.argv = args;
+    FilterRun run = RunFilter(job);
+    EXPECT_EQ(run.status, 1) << args.size();
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "Usage: pstozpjl job-id user title copies options [file]\n");
+  }
+}
+
+struct EnvelopeCase {
+  const char* name;
+  std::optional<std::string> ppd;
+  bool utf8Line;
+  const char* block;  // expected PRINTJOBINFO version line, or nullptr
+  bool enterPS;
+};
+
+class EnvelopeTest : public ::testing::TestWithParam<EnvelopeCase> {};
+
+TEST_P(EnvelopeTest, HeaderShape) {
+  const EnvelopeCase& c = GetParam();
+  FilterJob job;
+  job.ppd = c.ppd;
+  job.input = "%!PS\n";
+  job.file = "/nonexistent/job.ps";  // no PostScript: the header and trailer only
+  FilterRun run = RunFilter(job);
+  ASSERT_EQ(run.status, 0);
+
+  std::string start = kUEL + (c.utf8Line ? "@PJL SET STRINGCODESET=UTF8\n" : "") + kJobMode;
+  EXPECT_TRUE(SameStream(start, run.out.substr(0, start.size())));
+  const std::string v13 = "@PJL COMMENT PRINTJOBINFO VERSION=1.3.0\n";
+  const std::string v15 = "@PJL COMMENT PRINTJOBINFO VERSION=1.5.0\n";
+  size_t block = run.out.find("@PJL COMMENT PRINTJOBINFO VERSION=");
+  if (c.block == nullptr) {
+    EXPECT_EQ(block, std::string::npos) << Visible(run.out);
+  } else {
+    ASSERT_NE(block, std::string::npos) << Visible(run.out);
+    EXPECT_EQ(run.out.compare(block, std::strlen(c.block), c.block), 0) << Visible(run.out);
+    EXPECT_NE(run.out.find("@PJL COMMENT PRINTJOBINFO END\n", block), std::string::npos);
+  }
+  std::string end = (c.enterPS ? kEnterPS : "") + kTrailer;
+  ASSERT_GE(run.out.size(), end.size());
+  EXPECT_TRUE(SameStream(end, run.out.substr(run.out.size() - end.size())));
+  EXPECT_EQ(run.out.find(kEnterPS) != std::string::npos, c.enterPS);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Printers, EnvelopeTest,
+    ::testing::Values(
+        EnvelopeCase{"Legacy", Fixture("ppd/legacy-mono.ppd"), false,
+                     "@PJL COMMENT PRINTJOBINFO VERSION=1.3.0\n", true},
+        EnvelopeCase{"Utf8CommentOn", Fixture("ppd/utf8-color.ppd"), true,
+                     "@PJL COMMENT PRINTJOBINFO VERSION=1.5.0\n", true},
+        EnvelopeCase{"Utf8CommentOff", Fixture("ppd/utf8-nocomment.ppd"), true, nullptr, true},
+        EnvelopeCase{"NoEncodingNoPCFileName", Fixture("ppd/bare.ppd"), false, nullptr, true},
+        EnvelopeCase{"ListedModel", Fixture("ppd/listed-model.ppd"), false,
+                     "@PJL COMMENT PRINTJOBINFO VERSION=1.3.0\n", true},
+        EnvelopeCase{"UnlistedModelCommentOn", Fixture("ppd/unlisted-model.ppd"), false,
+                     "@PJL COMMENT PRINTJOBINFO VERSION=1.5.0\n", true},
+        EnvelopeCase{"DecompositionMode", Fixture("ppd/decomp.ppd"), true, nullptr, false},
+        EnvelopeCase{"NoPPD", std::nullopt, false, nullptr, true},
+        EnvelopeCase{"UnreadablePPD", Fixture("ps/simple.ps"), false, nullptr, true}),
+    [](const ::testing::TestParamInfo<EnvelopeCase>& info) { return info.param.name; });
+
+struct PassCase {
+  const char* name;
+  std::string input;
+  std::string body;
+};
+
+class PassThroughTest : public ::testing::TestWithParam<PassCase> {};
+
+TEST_P(PassThroughTest, BodyFromStdinAndFromFile) {
+  const PassCase& c = GetParam();
+  FilterJob job;
+  job.ppd = Fixture("ppd/bare.ppd");
+  job.input = c.input;
+  FilterRun fromStdin = RunFilter(job);
+  EXPECT_EQ(fromStdin.status, 0);
+  StreamParts parts = SplitStream(fromStdin.out);
+  EXPECT_TRUE(SameStream(c.body, parts.body));
+  EXPECT_TRUE(SameStream(kTrailer, parts.trailer));
+
+  char path[] = "/tmp/pstozpjl-e2e-XXXXXX";
+  int fd = mkstemp(path);
+  ASSERT_GE(fd, 0);
+  ASSERT_EQ(write(fd, c.input.data(), c.input.size()), static_cast<ssize_t>(c.input.size()));
+  close(fd);
+  job.input.clear();
+  job.file = path;
+  FilterRun fromFile = RunFilter(job);
+  unlink(path);
+  EXPECT_TRUE(SameStream(fromStdin.out, fromFile.out));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Inputs, PassThroughTest,
+    ::testing::Values(
+        PassCase{"CrLf", "a\r\nb\n", "a\r\nb\n\x04"},
+        PassCase{"EndPrologTwice", "%%EndProlog\n%%EndProlog\n", "%%EndProlog\n%%EndProlog\n\x04"},
+        PassCase{"UnterminatedLastLineIsLost", "a\nshowpage", "a\n\x04"},
+        PassCase{"Empty", "", "\x04"},
+        PassCase{"LongLine", std::string(20000, 'x') + "\n", std::string(20000, 'x') + "\n\x04"},
+        // The byte-wise reader's end-of-file value completes an 8065-byte chunk.
+        PassCase{"UnterminatedChunk", std::string(8064, 'v'),
+                 std::string(8064, 'v') + "\xff\x04"},
+        PassCase{"NulBytes", std::string("a\0b\n", 4), std::string("a\0b\n\x04", 5)},
+        PassCase{"Document", ReadFile(Fixture("ps/simple.ps")),
+                 ReadFile(Fixture("ps/simple.ps")) + "\x04"}),
+    [](const ::testing::TestParamInfo<PassCase>& info) { return info.param.name; });
+
+TEST(PassThrough, UnopenableFileWritesNoPostScript) {
+  FilterJob job;
+  job.ppd = Fixture("ppd/bare.ppd");
+  job.file = "/nonexistent/job.ps";
+  FilterRun run = RunFilter(job);
+  EXPECT_EQ(run.status, 0);
+  StreamParts parts = SplitStream(run.out);
+  EXPECT_EQ(parts.body, "");
+  EXPECT_TRUE(SameStream(kTrailer, parts.trailer));
+  EXPECT_NE(run.err.find("ERROR: Unable to open print file \"/nonexistent/job.ps\""),
+            std::string::npos)
+      << run.err;
+}
+
+struct PageLogCase {
+  const char* name;
+  std::string filter;
+  std::string input;
+  std::string log;
+};
+
+class PageLogTest : public ::testing::TestWithParam<PageLogCase> {};
+
+TEST_P(PageLogTest, LogsPageEnds) {
+  FilterJob job;
+  job.filter = GetParam().filter;
+  job.ppd = Fixture("ppd/bare.ppd");
+  job.copies = "3";
+  job.input = GetParam().input;
+  FilterRun run = RunFilter(job);
+  EXPECT_EQ(run.err, GetParam().log);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Systems, PageLogTest,
+    ::testing::Values(
+        // "endp" counts a page but logs none.
+        PageLogCase{"Darwin19", ZPJL_FILTER, "bp\nep\nbp\nendp\nbp\nep\n", "PAGE:1 3\nPAGE:3 3\n"},
+        PageLogCase{"Darwin20WrapsBelow10_7", ZPJL_FILTER_DARWIN20, "bp\nep\nbp\nep\n", ""},
+        PageLogCase{"ChunkRemainderIsALine", ZPJL_FILTER, std::string(8065, 'z') + "ep\n",
+                    "PAGE:1 3\n"},
+        PageLogCase{"LongLineIsNoPageEnd", ZPJL_FILTER, std::string(8064, 'z') + "ep\n", ""},
+        PageLogCase{"ShowpageIsNoPageEnd", ZPJL_FILTER, "showpage\nep \n", ""}),
+    [](const ::testing::TestParamInfo<PageLogCase>& info) { return info.param.name; });
+
+TEST(Signals, TermStopsAtTheNextPageEnd) {
+  FilterJob job;
+  job.ppd = Fixture("ppd/bare.ppd");
+  FilterProcess process(job);
+  ASSERT_TRUE(process.Write("%!PS\nbp\n(1)\nep\nbp\n(2)\nep\n"));
+  ASSERT_TRUE(process.WaitForError("PAGE:2 1\n"));
+  process.Signal(SIGTERM);
+  // Give the handler time to run before more of the job arrives.
+  usleep(200000);
+  process.Write("bp\n(3)\nep\nbp\n(4)\nep\n");
+  FilterRun run = process.Finish();
+  EXPECT_EQ(run.status, 0);
+  StreamParts parts = SplitStream(run.out);
+  EXPECT_TRUE(SameStream("%!PS\nbp\n(1)\nep\nbp\n(2)\nep\nbp\n(3)\n", parts.body));
+  EXPECT_TRUE(SameStream(kTrailer, parts.trailer));
+}
+
+TEST(Signals, BrokenPipeGivesExitStatusOne) {
+  FilterJob job;
+  job.ppd = Fixture("ppd/bare.ppd");
+  FilterProcess process(job);
+  process.CloseOutput();
+  process.Write("%!PS\nbp\nep\n");
+  FilterRun run = process.Finish();
+  EXPECT_EQ(run.termSignal, 0);
+  EXPECT_EQ(run.status, 1);
+}
+
+// ---- The debug job copy ----------------------------------------------------
+
+std::vector<std::string> Files(const std::string& dir) {
+  std::vector<std::string> names;
+  if (DIR* d = opendir(dir.c_str())) {
+    while (dirent* e = readdir(d)) {
+      if (e->d_name[0] != '.') names.push_back(e->d_name);
+    }
+    closedir(d);
+  }
+  return names;
+}
+
+void RemoveFiles(const std::string& dir) {
+  for (const std::string& name : Files(dir)) unlink((dir + "/" + name).c_str());
+}
+
+std::string MakeTempDir(const std::string& suffix = "") {
+  char pattern[] = "/tmp/pstozpjl-copy-XXXXXX";
+  std::string dir = mkdtemp(pattern);
+  if (!suffix.empty()) {
+    dir += "/" + suffix;
+    mkdir(dir.c_str(), 0755);
+  }
+  return dir;
+}
+
+// Runs one job with the flag file present and returns the single copy found
+// in `dir` (checked for its name, mode and content).
+void ExpectCopyIn(const std::string& filter, std::optional<std::string> tmpdir,
+                  const std::string& dir) {
+  RemoveFiles(dir);
+  FilterJob job;
+  job.filter = filter;
+  job.ppd = Fixture("ppd/utf8-color.ppd");
+  job.env["TMPDIR"] = tmpdir;
+  job.input = ReadFile(Fixture("ps/simple.ps"));
+  FilterRun run = RunFilter(job);
+  ASSERT_EQ(run.status, 0);
+  std::vector<std::string> copies = Files(dir);
+  ASSERT_EQ(copies.size(), 1u) << dir;
+  const std::string& name = copies[0];
+  EXPECT_TRUE(name.size() == 20 && name.compare(0, 2, "kr") == 0 &&
+              name.find_first_not_of("0123456789", 2) == 16 && name.compare(16, 4, ".job") == 0)
+      << name;
+  std::string path = dir + "/" + copies[0];
+  struct stat info;
+  ASSERT_EQ(stat(path.c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 07777, 0676u);
+  EXPECT_TRUE(SameStream(run.out, ReadFile(path)));
+  unlink(path.c_str());
+}
+
+TEST(DebugJobCopy, EqualsThePrintStream) {
+  const std::string copyDir = ZPJL_TEST_COPY_DIR;
+  const std::string legacyDir = copyDir + "/legacy";
+  mkdir(copyDir.c_str(), 0755);
+  mkdir(legacyDir.c_str(), 0755);
+  const std::string flag = copyDir + "/krjobcopy";
+  FILE* f = fopen(flag.c_str(), "w");
+  ASSERT_NE(f, nullptr);
+  fclose(f);
+
+  std::string tmp = MakeTempDir();
+  ExpectCopyIn(ZPJL_FILTER_DARWIN19, tmp, tmp);
+  std::string percent = MakeTempDir("100%");
+  ExpectCopyIn(ZPJL_FILTER_DARWIN19, percent + "%", percent);
+  // Other conversions, an unset TMPDIR and systems before 10.10 use the legacy name.
+  ExpectCopyIn(ZPJL_FILTER_DARWIN19, tmp + "/%n%s", legacyDir);
+  sleep(1);  // legacy names differ only by the second
+  ExpectCopyIn(ZPJL_FILTER_DARWIN19, std::nullopt, legacyDir);
+  sleep(1);
+  ExpectCopyIn(ZPJL_FILTER_DARWIN13, tmp, legacyDir);
+  EXPECT_TRUE(Files(tmp).empty());
+
+  unlink(flag.c_str());
+  FilterJob job;
+  job.filter = ZPJL_FILTER_DARWIN19;
+  job.env["TMPDIR"] = tmp;
+  RunFilter(job);
+  EXPECT_TRUE(Files(tmp).empty()) << "no flag file, no copy";
+  rmdir(percent.c_str());
+  rmdir(percent.substr(0, percent.rfind('/')).c_str());
+  rmdir(tmp.c_str());
+}
+
+}  // namespace

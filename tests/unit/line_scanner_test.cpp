@@ -1,0 +1,132 @@
+#include "frame/line_scanner.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+// Records what the scanner hands out, in order.
+class RecordingSink : public LineSink {
+ public:
+  void Chunk(const char* bytes, size_t length) override {
+    events.push_back("C:" + std::string(bytes, length));
+  }
+  bool Line(const char* line, size_t length, char terminator) override {
+    events.push_back("L:" + std::string(line, length) + terminator);
+    return std::string(line, length) != stopAt;
+  }
+  std::vector<std::string> events;
+  std::string stopAt = "\x01never";
+};
+
+// The byte-wise reader the scanner must match: one byte at a time into an
+// 8192-byte buffer, a chunk at the 8065th byte, a line at CR or LF, and the
+// end-of-file value (0xFF) stored as one more byte before the loop ends.
+std::vector<std::string> ByteWise(const std::string& input) {
+  std::vector<std::string> events;
+  std::string line;
+  size_t at = 0;
+  for (;;) {
+    int c = at < input.size() ? static_cast<unsigned char>(input[at++]) : EOF;
+    if (c == '\r' || c == '\n') {
+      events.push_back("L:" + line + static_cast<char>(c));
+      line.clear();
+      continue;
+    }
+    line += static_cast<char>(c);
+    if (line.size() == kPSLineChunk) {
+      events.push_back("C:" + line);
+      line.clear();
+    }
+    if (c == EOF) break;
+  }
+  return events;
+}
+
+std::vector<std::string> Scanned(const std::string& input, const std::vector<size_t>& blocks) {
+  RecordingSink sink;
+  LineScanner scanner(sink);
+  size_t at = 0;
+  for (size_t block : blocks) {
+    if (at >= input.size()) break;
+    size_t take = std::min(block, input.size() - at);
+    scanner.Feed(input.data() + at, take);
+    at += take;
+  }
+  if (at < input.size()) scanner.Feed(input.data() + at, input.size() - at);
+  scanner.FinishInput();
+  return sink.events;
+}
+
+struct ScanCase {
+  const char* name;
+  std::string input;
+};
+
+class LineScannerTest : public ::testing::TestWithParam<ScanCase> {};
+
+TEST_P(LineScannerTest, MatchesByteWiseReaderForEveryBlockSize) {
+  const std::string& input = GetParam().input;
+  std::vector<std::string> expected = ByteWise(input);
+  for (size_t block : {size_t{1}, size_t{2}, size_t{3}, size_t{7}, size_t{4096}, size_t{8065},
+                       size_t{65536}}) {
+    EXPECT_EQ(Scanned(input, std::vector<size_t>(input.size() + 1, block)), expected)
+        << "block size " << block;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Inputs, LineScannerTest,
+    ::testing::Values(
+        ScanCase{"CrLf", "a\r\nb\n"},
+        ScanCase{"CrOnly", "one\rtwo\rthree\r"},
+        ScanCase{"UnterminatedLastLine", "a\nshowpage"},
+        ScanCase{"Empty", ""},
+        ScanCase{"OnlyTerminators", "\n\r\n\r\r"},
+        ScanCase{"LongLine", std::string(20000, 'x') + "\nend\n"},
+        ScanCase{"ExactChunk", std::string(8065, 'y') + "\n"},
+        ScanCase{"ChunkThenTrigger", std::string(8065, 'z') + "ep\n"},
+        ScanCase{"OneShortOfChunk", std::string(8064, 'w') + "\n"},
+        // The stored end-of-file byte completes a chunk.
+        ScanCase{"UnterminatedOneShortOfChunk", std::string(8064, 'v')},
+        ScanCase{"NulBytes", std::string("a\0b\nc\0\n", 7)}),
+    [](const ::testing::TestParamInfo<ScanCase>& info) { return info.param.name; });
+
+TEST(LineScanner, RandomInputsAndSplitsMatchByteWiseReader) {
+  std::mt19937 random(20261121);
+  const char alphabet[] = "ab\r\n%ep";
+  for (int round = 0; round < 200; ++round) {
+    std::string input;
+    size_t length = random() % 30000;
+    bool longRuns = random() % 2 == 0;
+    while (input.size() < length) {
+      char c = alphabet[random() % (sizeof alphabet - 1)];
+      input.append(longRuns && c == 'a' ? random() % 9000 : 1, c);
+    }
+    std::vector<size_t> blocks;
+    for (size_t i = 0; i < 64; ++i) blocks.push_back(1 + random() % 12000);
+    ASSERT_EQ(Scanned(input, blocks), ByteWise(input)) << "round " << round;
+  }
+}
+
+TEST(LineScanner, StopsWhenTheSinkAsks) {
+  RecordingSink sink;
+  sink.stopAt = "ep";
+  LineScanner scanner(sink);
+  std::string input = "bp\nep\nafter\n";
+  EXPECT_FALSE(scanner.Feed(input.data(), input.size()));
+  EXPECT_EQ(sink.events, (std::vector<std::string>{"L:bp\n", "L:ep\n"}));
+}
+
+TEST(LineScanner, KeepsUnterminatedTextPending) {
+  RecordingSink sink;
+  LineScanner scanner(sink);
+  std::string input = "line\n%%EOF";
+  scanner.Feed(input.data(), input.size());
+  EXPECT_EQ(std::string(scanner.pending(), scanner.pendingLength()), "%%EOF");
+}
+
+}  // namespace
