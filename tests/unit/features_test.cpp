@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <functional>
 #include <string>
 #include <vector>
@@ -9,6 +10,7 @@
 #include "engine/module_dispatch.h"
 #include "frame/fixed_text.h"
 #include "frame/job_state.h"
+#include "frame/ps_stream.h"
 #include "module_output_capture.h"
 
 namespace {
@@ -25,9 +27,9 @@ class FeaturesTest : public ::testing::Test {
   void SetUp() override {
     InializeDescriptionTable();
     ResetJobState();
-    // Every setting absent, as for a ticket without options.
+    // Every module's settings absent, as for a ticket without options.
     FilterArguments none("");
-    FeaturesGetTicketFromPDE(none.argv);
+    GetTicketFromPDE(none.argv);
   }
   void TearDown() override { ResetJobState(); }
 
@@ -316,6 +318,44 @@ TEST_F(FeaturesTest, SeparatorAndAutoFitPointsByPagesPerSheet) {
     Set(StdLayoutRowInfo, c.rows);
     Set(StdLayoutColumnInfo, c.columns);
     EXPECT_EQ(PostScriptAt(c.point), c.expected);
+  }
+}
+
+// A job through the pass-through: where the fragments land among its lines.
+std::string PassThrough(const std::vector<const char*>& lines) {
+  char copies[] = "1";
+  char* argv[7] = {nullptr, nullptr, nullptr, nullptr, copies, nullptr, nullptr};
+  return CaptureStream([&](FILE* out) {
+    PSLineState state;
+    for (const char* line : lines) HandlePSLine(state, line, std::strlen(line), '\n', argv, out);
+  });
+}
+
+TEST_F(FeaturesTest, FragmentsLandAtTheirLinesInAJob) {
+  const std::vector<const char*> job = {
+      "%!PS-Adobe-3.0", "%%BeginProlog", "%%EndProlog", "%%BeginProlog", "%%EndProlog",
+      "%%BeginSetup", "userdict/setpagedevice{pop}bind put", "%%EndSetup", "bp", "ep"};
+  const std::string autoFit = std::string(kImageShift) + kAutoScaleOn;
+  const struct {
+    const char* rows;
+    const char* columns;
+    std::string expected;
+  } cases[] = {
+      {"1", "1",
+       "%!PS-Adobe-3.0\n%%BeginProlog\n" + std::string(kSeparator) +
+           "%%EndProlog\n%%BeginProlog\n%%EndProlog\n%%BeginSetup\n"
+           "userdict/setpagedevice{pop}bind put\n" + autoFit + "%%EndSetup\nbp\nep\n"},
+      {"2", "1",
+       "%!PS-Adobe-3.0\n%%BeginProlog\n%%EndProlog\n%%BeginProlog\n%%EndProlog\n"
+       "%%BeginSetup\n" + std::string(kSeparator) + autoFit +
+           "userdict/setpagedevice{pop}bind put\n%%EndSetup\nbp\nep\n"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.rows) + "x" + c.columns);
+    SeparatorAndAutoFit(zpjlOptionFeatures);
+    Set(StdLayoutRowInfo, c.rows);
+    Set(StdLayoutColumnInfo, c.columns);
+    EXPECT_EQ(PassThrough(job), c.expected);
   }
 }
 
