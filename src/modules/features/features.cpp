@@ -276,8 +276,8 @@ constexpr int32_t CountOf(const ConditionItem (&)[N]) {
 #define ROW_PLAIN(format, items) \
   {format, cmdParaListFeaturesLineEnd, cmdParaNumFeaturesLineEnd, items, CountOf(items)}
 
-// With the trimmer on and selection 2, rows 4 and 5 both hold and write the
-// same @TRMR line; the printer takes either.
+// With the trimmer on and selection 2, rows 4 and 5 both hold: the same
+// @TRMR line is written twice, deliberately.
 constexpr FeaturesRowSource kFeaturesRows[] = {
     ROW_FIXED(prtfmtStrFeaturesTabsOff, comparationItemFeaturesTabMarginOff),
     ROW_VALUE(prtfmtStrFeaturesTabs, TabMarginShift, comparationItemFeaturesTabMarginOn),
