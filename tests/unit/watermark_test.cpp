@@ -290,14 +290,14 @@ TEST(WatermarkTicket, EveryKeyReachesItsField) {
   auto add = [&ticket](const char* name, const char* value) {
     ticket += std::string(" ") + kPrefix + name + "=" + value;
   };
-  add("WMARKNameTicket", "Draft");
+  add("WMARKNameTicket", "/68/114");  // plain text getter: kept as is
   add("WMARKOptionsTicket", "7");
   add("WMARKOnlyFirstTicket", "1");
-  add("WMARKTextTicket", "(DRAFT)");
+  add("WMARKTextTicket", "/40/72/105/41");  // decoded: "(Hi)"
   add("WMARKOrientationTicket", "2");
   add("WMARKPaperHeightTicket", "842");
   add("WMARKPaperWidthTicket", "595");
-  add("WMARKFilePathTicket", "/tmp/mark");
+  add("WMARKFilePathTicket", "/109/97/114/107");
   add("WMARKTypeTicket", "3");
   add("WMARKFontTicket", "Times-Roman");
   add("WMARKFontSizeTicket", "36");
@@ -319,14 +319,14 @@ TEST(WatermarkTicket, EveryKeyReachesItsField) {
   WatermarkGetTicketFromPDE(args.argv);
 
   const WatermarkOptionRecord& w = psOptionWatermark;
-  EXPECT_STREQ(w.name, "Draft");
+  EXPECT_STREQ(w.name, "/68/114");
   EXPECT_EQ(w.options, 7);
   EXPECT_EQ(w.onlyFirst, 1);
-  EXPECT_STREQ(w.text, "(DRAFT)");
+  EXPECT_STREQ(w.text, "(Hi)");
   EXPECT_EQ(w.orientation, 2);
   EXPECT_EQ(w.paperHeight, 842);
   EXPECT_EQ(w.paperWidth, 595);
-  EXPECT_STREQ(w.filePath, "/tmp/mark");
+  EXPECT_STREQ(w.filePath, "mark");
   EXPECT_EQ(w.type, 3);
   EXPECT_STREQ(w.font, "Times-Roman");
   EXPECT_EQ(w.fontSize, 36);
