@@ -6,8 +6,11 @@
 #include "frame/fixed_text.h"
 #include "frame/output_channel.h"
 #include "frame/ppd_queries.h"
+#include "modules/device_settings/device_settings.h"
 #include "modules/features/features.h"
 #include "modules/job_comments/job_comments.h"
+#include "modules/perfect_binding/perfect_binding.h"
+#include "modules/special_pages/special_pages.h"
 #include "platform/job_ppd.h"
 
 namespace {
@@ -129,9 +132,11 @@ void OutputZPJLCommand(char* argv[]) {
   OutputZPJLCommandLanguageEncodingForKQM4T2A();
   OutputZPJLCommandFromArray(argv, prtFmtTableZPJLJobMode, numFmtTableZPJLJobMode);
   OutputZPJLCommandFromFilter(argv);
-  // Perfect binding.
+  OutputZPJLCommandforPerfectBind();
   OutputZPJLCommandforBooklet();
-  // Toner saver, other device settings, special pages.
+  OutputZPJLCommandForTonerSaver();
+  OutputZPJLCommandOthers();
+  OutputZPJLCommandForSpecialPage(argv);
 
   ppd_file_t* ppd = AcquireJobPPD();
   OutputZPJLCommandForJobInformation(ppd);

@@ -1,11 +1,19 @@
 #include "engine/module_dispatch.h"
 
 #include "engine/job_header.h"
+#include "modules/accounting/accounting.h"
 #include "modules/features/features.h"
+#include "modules/job_comments/job_comments.h"
+#include "modules/perfect_binding/perfect_binding.h"
+#include "modules/print_type/print_type.h"
+#include "modules/special_pages/special_pages.h"
 #include "modules/watermark/watermark.h"
 
 void InializeDescriptionTableFromFilter() {
+  PrintTypeInializeDescriptionTableFromFilter();
+  JBAInializeDescriptionTableFromFilter();
   FeaturesInializeDescriptionTableFromFilter();
+  SpecialPageInializeDescriptionTable();
 }
 
 void InializeDescriptionTable() {
@@ -14,12 +22,19 @@ void InializeDescriptionTable() {
 }
 
 int GetTicketFromPDE(char* argv[]) {
+  PrintTypeGetTicketFromPDE(argv);
+  JBAGetTicketFromPDE(argv);
   FeaturesGetTicketFromPDE(argv);
   WatermarkGetTicketFromPDE(argv);
+  PBindGetTicketFromPDE(argv);
+  CommentGetTicketFromPDE(argv);
+  SpecialPageGetTicketFromPDE(argv);
   return 1;
 }
 
 void OutputZPJLCommandFromFilter(char* argv[]) {
+  PrintTypeOutputZPJLCommandFromFilter(argv);
+  JBAOutputZPJLCommandFromFilter(argv);
   FeaturesOutputZPJLCommandFromFilter(argv);
 }
 

@@ -8,7 +8,7 @@
 #include "frame/job_state.h"
 #include "frame/output_channel.h"
 #include "frame/ppd_queries.h"
-#include "platform/job_ppd.h"
+#include "modules/job_comments/job_comments.h"
 
 FeaturesOptionRecord zpjlOptionFeatures;
 
@@ -450,43 +450,40 @@ namespace {
 // The layouts 2-up and 6-up turn the sheet, so the portrait orientations
 // (1, 6) give a landscape booklet there; elsewhere the landscape
 // orientations (4, 5) do.
-const char* BookletDirection(const char* numberUp, int32_t orientation) {
-  if (numberUp[0] == '\0') return "PORTRAIT";
+bool IsLandscapeBooklet(const char* numberUp, int32_t orientation) {
+  if (numberUp[0] == '\0') return false;
   const int n = std::atoi(numberUp);
-  bool landscape = (n == 2 || n == 6) ? (orientation == 1 || orientation == 6)
-                                      : (orientation == 4 || orientation == 5);
-  return landscape ? "LANDSCAPE" : "PORTRAIT";
+  if (n == 2 || n == 6) return orientation == 1 || orientation == 6;
+  return orientation == 4 || orientation == 5;
 }
 
 }  // namespace
 
-void OutputBookletAttributes(const char* numberUp, int32_t orientation, const char* signature,
-                             const char* division) {
-  if (BookletDirection(numberUp, orientation)[0] == 'L') {
+void OutputZPJLCommandforBooklet() {
+  // Only printers that take UTF-8 know the booklet attributes.
+  if (!IsUTF8PrinterEncoding()) return;
+  const CommentOptionRecord& job = psoptioncomment;
+
+  if (IsLandscapeBooklet(job.numberUp, job.orientation)) {
     KZfputs("@PJL SET JOBATTR=\"@DIND=LANDSCAPE\"\n", stdout);
   } else {
     KZfputs("@PJL SET JOBATTR=\"@DIND=PORTRAIT\"\n", stdout);
   }
-  if (signature[0] == '\0') return;
-  if (std::strcmp(signature, "None") == 0) {
+
+  if (job.signature[0] == '\0') return;
+  if (std::strcmp(job.signature, "None") == 0) {
     KZfputs("@PJL SET JOBATTR=\"@DIBB=OFF\"\n", stdout);
     KZfputs("@PJL SET JOBATTR=\"@DIBK=OFF\"\n", stdout);
     return;
   }
-  if (std::strstr(signature, "Left") != nullptr) {
+  if (std::strstr(job.signature, "Left") != nullptr) {
     KZfputs("@PJL SET JOBATTR=\"@DIBB=LEFT\"\n", stdout);
-  } else if (std::strstr(signature, "Right") != nullptr) {
+  } else if (std::strstr(job.signature, "Right") != nullptr) {
     KZfputs("@PJL SET JOBATTR=\"@DIBB=RIGHT\"\n", stdout);
   }
-  if (division[0] != '\0' && std::strcmp(division, "None") != 0) {
+  if (job.signatureVolume[0] != '\0' && std::strcmp(job.signatureVolume, "None") != 0) {
     KZfputs("@PJL SET JOBATTR=\"@DIBK=MANUALDIVIDE\"\n", stdout);
   } else {
     KZfputs("@PJL SET JOBATTR=\"@DIBK=NONEDIVIDE\"\n", stdout);
   }
-}
-
-void OutputZPJLCommandforBooklet() {
-  // Only printers that take UTF-8 know the booklet attributes.
-  if (!IsUTF8PrinterEncoding()) return;
-  // Read from the job information comments record once it is available.
 }
