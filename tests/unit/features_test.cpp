@@ -11,6 +11,7 @@
 #include "frame/fixed_text.h"
 #include "frame/job_state.h"
 #include "frame/ps_stream.h"
+#include "modules/job_comments/job_comments.h"
 #include "module_output_capture.h"
 
 namespace {
@@ -409,6 +410,99 @@ TEST_F(FeaturesTest, AutoFitFollowsTheBookletMargin) {
     zpjlOptionFeatures.autoFitSwitch = c.autoFit;
     Set(zpjlOptionFeatures.bookletMarginShift, "5");
     EXPECT_EQ(CaptureStream([](FILE* s) { FeaturesOutputAutoFit(s); }), c.expected);
+  }
+}
+
+std::string BookletLines(const char* numberUp, int32_t orientation, const char* signature,
+                         const char* division) {
+  CommentResetOptionRecord();
+  CommentOptionRecord& job = psoptioncomment;
+  Set(job.numberUp, numberUp);
+  job.orientation = orientation;
+  Set(job.signature, signature);
+  Set(job.signatureVolume, division);
+  return CaptureStdout([] { OutputZPJLCommandforBooklet(); });
+}
+
+class BookletTest : public ::testing::Test {
+ protected:
+  void SetUp() override { UsePPD("utf8-color.ppd"); }
+  void TearDown() override {
+    unsetenv("PPD");
+    CommentResetOptionRecord();
+  }
+  static void UsePPD(const std::string& name) {
+    setenv("PPD", (std::string(ZPJL_FIXTURES) + "/ppd/" + name).c_str(), 1);
+  }
+};
+
+TEST_F(BookletTest, DirectionByLayoutAndOrientation) {
+  const struct {
+    const char* numberUp;
+    int32_t orientation;
+    const char* direction;
+  } cases[] = {
+      {"", 1, "PORTRAIT"},   {"", 4, "PORTRAIT"},   {"", 5, "PORTRAIT"},
+      // The sheet-turning layouts: portrait orientations give landscape.
+      {"2", 1, "LANDSCAPE"}, {"2", 6, "LANDSCAPE"}, {"2", 4, "PORTRAIT"},
+      {"2", 5, "PORTRAIT"},  {"6", 1, "LANDSCAPE"}, {"6", 3, "PORTRAIT"},
+      // Every other layout follows the orientation.
+      {"1", 4, "LANDSCAPE"}, {"1", 5, "LANDSCAPE"}, {"1", 3, "PORTRAIT"},
+      {"1", 1, "PORTRAIT"},  {"4", 5, "LANDSCAPE"}, {"9", 6, "PORTRAIT"},
+      {"16", 4, "LANDSCAPE"}, {"20", 4, "LANDSCAPE"}, {"3", 1, "PORTRAIT"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.numberUp) + " / " + std::to_string(c.orientation));
+    EXPECT_EQ(BookletLines(c.numberUp, c.orientation, "", ""),
+              Attr(std::string("DIND=") + c.direction));
+  }
+}
+
+TEST_F(BookletTest, BindingAndDivision) {
+  const std::string portrait = Attr("DIND=PORTRAIT");
+  const struct {
+    const char* signature;
+    const char* division;
+    std::string lines;
+  } cases[] = {
+      {"", "10Sheets", ""},
+      {"None", "10Sheets", Attr("DIBB=OFF") + Attr("DIBK=OFF")},
+      {"BookLeft", "None", Attr("DIBB=LEFT") + Attr("DIBK=NONEDIVIDE")},
+      {"LeftSigCenterStaple", "", Attr("DIBB=LEFT") + Attr("DIBK=NONEDIVIDE")},
+      {"RightSig", "10Sheets", Attr("DIBB=RIGHT") + Attr("DIBK=MANUALDIVIDE")},
+      {"LeftRight", "5Sheets", Attr("DIBB=LEFT") + Attr("DIBK=MANUALDIVIDE")},
+      {"CenterFold", "", Attr("DIBK=NONEDIVIDE")},
+      {"CenterFold", "3Sheets", Attr("DIBK=MANUALDIVIDE")},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.signature) + " / " + c.division);
+    EXPECT_EQ(BookletLines("", 1, c.signature, c.division), portrait + c.lines);
+  }
+}
+
+TEST_F(BookletTest, OnlyUTF8PrintersGetTheAttributes) {
+  const struct {
+    const char* ppd;  // nullptr: no PPD at all
+    bool writes;
+  } cases[] = {
+      {"utf8-color.ppd", true},
+      {"utf8-nocomment.ppd", true},
+      {"legacy-mono.ppd", false},
+      {"bare.ppd", false},
+      {"no-such-file.ppd", false},
+      {nullptr, false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.ppd != nullptr ? c.ppd : "no PPD");
+    if (c.ppd != nullptr) {
+      UsePPD(c.ppd);
+    } else {
+      unsetenv("PPD");
+    }
+    std::string lines = BookletLines("2", 1, "BookLeft", "None");
+    EXPECT_EQ(lines, c.writes ? Attr("DIND=LANDSCAPE") + Attr("DIBB=LEFT") +
+                                    Attr("DIBK=NONEDIVIDE")
+                              : "");
   }
 }
 
