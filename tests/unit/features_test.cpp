@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
@@ -10,254 +10,148 @@
 #include "engine/module_dispatch.h"
 #include "frame/fixed_text.h"
 #include "frame/job_state.h"
-#include "frame/ps_stream.h"
-#include "modules/job_comments/job_comments.h"
 #include "module_output_capture.h"
+#include "modules/job_comments/job_comments.h"
 
 namespace {
-
-using Adjust = std::function<void(FeaturesOptionRecord&)>;
 
 template <size_t N>
 void Set(char (&field)[N], const char* text) {
   CopyText(field, N, text);
 }
 
+std::string Attr(const std::string& value) { return "@PJL SET JOBATTR=\"@" + value + "\"\n"; }
+
 class FeaturesTest : public ::testing::Test {
  protected:
   void SetUp() override {
     InializeDescriptionTable();
+    Reset();
+  }
+  void TearDown() override { ResetJobState(); }
+  // Every module's settings as for a ticket without options.
+  static void Reset() {
     ResetJobState();
-    // Every module's settings absent, as for a ticket without options.
     FilterArguments none("");
     GetTicketFromPDE(none.argv);
   }
-  void TearDown() override { ResetJobState(); }
-
   static std::string Header() {
     return CaptureStdout([] { FeaturesOutputZPJLCommandFromFilter(nullptr); });
   }
-  static std::string PostScriptAt(int32_t point) {
-    return CaptureStream([point](FILE* s) { FeaturesOutputPSCommandFromFilter(point, s); });
-  }
 };
 
-std::string Attr(const std::string& value) {
-  return "@PJL SET JOBATTR=\"@" + value + "\"\n";
+// Reads `settings` ("Name=value ...", each name a key of the features
+// ticket table without its domain) as the job ticket.
+void ReadFeatures(const std::string& settings) {
+  std::string ticket;
+  size_t at = 0;
+  while (at < settings.size()) {
+    size_t end = std::min(settings.find(' ', at), settings.size());
+    const std::string token = settings.substr(at, end - at);
+    const std::string name = token.substr(0, token.find('='));
+    const std::string suffix = "." + name;
+    int32_t row = 0;
+    for (; row < FeaturesticketDataNum; ++row) {
+      const std::string key = FeaturesticketData[row].key;
+      if (key == name || (key.size() > suffix.size() &&
+                          key.compare(key.size() - suffix.size(), suffix.size(), suffix) == 0)) {
+        ticket += " " + key + token.substr(name.size());
+        break;
+      }
+    }
+    if (row == FeaturesticketDataNum) ADD_FAILURE() << "no features key " << name;
+    at = end + 1;
+  }
+  FilterArguments args(ticket);
+  FeaturesGetTicketFromPDE(args.argv);
 }
 
 TEST_F(FeaturesTest, HeaderRows) {
   const struct {
-    const char* name;
-    Adjust setup;
+    const char* settings;
     std::string expected;
   } cases[] = {
-      {"nothing set", [](FeaturesOptionRecord&) {}, ""},
-      {"tab margin off", [](FeaturesOptionRecord& f) { f.tabMarginSwitch = 0; },
-       Attr("TABS=OFF")},
-      {"tab margin 12",
-       [](FeaturesOptionRecord& f) {
-         f.tabMarginSwitch = 1;
-         Set(f.tabMarginShift, "12");
-       },
-       Attr("TABS=12")},
-      {"tab shift without the switch", [](FeaturesOptionRecord& f) { Set(f.tabMarginShift, "12"); },
-       ""},
-      {"trimmer off", [](FeaturesOptionRecord& f) { f.trimmerSwitch = 0; }, Attr("TRMR=0")},
-      {"trimmer on",
-       [](FeaturesOptionRecord& f) {
-         f.trimmerSwitch = 1;
-         Set(f.trimmerCuttingSize, "30");
-       },
-       Attr("TRMR=30")},
-      {"trimmer fore edge",
-       [](FeaturesOptionRecord& f) {
-         f.trimmerSelect = 2;
-         Set(f.trimmerCuttingSize, "25");
-         Set(f.trimmerWidth, "7");
-         Set(f.trimmerHeight, "8");
-         Set(f.trimmerAdjust, "9");
-       },
+      {"", ""},
+      {"TabMarginSwitchTicket=0", Attr("TABS=OFF")},
+      {"TabMarginSwitchTicket=1 TabMarginMMShiftTicket=12", Attr("TABS=12")},
+      {"TabMarginMMShiftTicket=12", ""},
+      {"TrimmerSwitchTicket=0", Attr("TRMR=0")},
+      {"TrimmerSwitchTicket=1 TrimmerMMCuttingSizeTicket=30", Attr("TRMR=30")},
+      {"TrimmerSelectTicket=2 TrimmerMMCuttingSizeTicket=25 TrimmerWidthMMSizeTicket=7 "
+       "TrimmerHeightMMSizeTicket=8 TrimmerAdjustMMSizeTicket=9",
        Attr("TRMR=25") + Attr("TRFW=0") + Attr("TROP=0")},
-      {"trimmer top and lower edges",
-       [](FeaturesOptionRecord& f) {
-         f.trimmerSelect = 3;
-         Set(f.trimmerCuttingSize, "25");
-         Set(f.trimmerWidth, "210");
-         Set(f.trimmerHeight, "297");
-         Set(f.trimmerAdjust, "2");
-       },
+      {"TrimmerSelectTicket=3 TrimmerMMCuttingSizeTicket=25 TrimmerWidthMMSizeTicket=210 "
+       "TrimmerHeightMMSizeTicket=297 TrimmerAdjustMMSizeTicket=2",
        Attr("TRMR=210") + Attr("TRFW=297") + Attr("TROP=2")},
-      {"trimmer selection none", [](FeaturesOptionRecord& f) { f.trimmerSelect = 1; }, ""},
-      {"trimmer on with fore edge writes TRMR twice",
-       [](FeaturesOptionRecord& f) {
-         f.trimmerSwitch = 1;
-         f.trimmerSelect = 2;
-         Set(f.trimmerCuttingSize, "30");
-       },
+      {"TrimmerSelectTicket=1", ""},
+      // Trimmer on with the fore edge: rows 4 and 5 both write the cut.
+      {"TrimmerSwitchTicket=1 TrimmerSelectTicket=2 TrimmerMMCuttingSizeTicket=30",
        Attr("TRMR=30") + Attr("TRMR=30") + Attr("TRFW=0") + Attr("TROP=0")},
-      {"numbering off", [](FeaturesOptionRecord& f) { f.numInSequenceSwitch = 0; },
-       Attr("MDOC=0")},
-      {"numbering from 5",
-       [](FeaturesOptionRecord& f) {
-         f.numInSequenceSwitch = 1;
-         Set(f.numInSequenceStart, "5");
-       },
-       Attr("MDOC=5")},
-      {"offset stacking by pages",
-       [](FeaturesOptionRecord& f) {
-         f.offsetStackingList = 4;
-         Set(f.offsetStackingPages, "10");
-         Set(f.offsetStackingUnits, "3");
-       },
+      {"NumInSequenceSwitchTicket=0", Attr("MDOC=0")},
+      {"NumInSequenceSwitchTicket=1 NumInSequenceLArrowTicket=5", Attr("MDOC=5")},
+      {"OffsetStackingListTicket=4 OffsetStackingPagesLArrowTicket=10 "
+       "OffsetStackingUnitsLArrowTicket=3",
        "@PJL SET JOBOFFSET=PAGES\n" + Attr("OCSN=10")},
-      {"offset stacking by copies",
-       [](FeaturesOptionRecord& f) {
-         f.offsetStackingList = 5;
-         Set(f.offsetStackingPages, "10");
-         Set(f.offsetStackingUnits, "3");
-       },
+      {"OffsetStackingListTicket=5 OffsetStackingPagesLArrowTicket=10 "
+       "OffsetStackingUnitsLArrowTicket=3",
        "@PJL SET JOBOFFSET=COPIES\n" + Attr("OCSN=3")},
-      {"offset stacking none", [](FeaturesOptionRecord& f) { f.offsetStackingList = 1; }, ""},
-      {"offset stacking end of set", [](FeaturesOptionRecord& f) { f.offsetStackingList = 2; },
-       ""},
-      {"offset stacking device deactivation",
-       [](FeaturesOptionRecord& f) { f.offsetStackingList = 3; }, ""},
-      {"all together, in row order",
-       [](FeaturesOptionRecord& f) {
-         f.tabMarginSwitch = 1;
-         Set(f.tabMarginShift, "4");
-         f.trimmerSwitch = 0;
-         f.numInSequenceSwitch = 1;
-         Set(f.numInSequenceStart, "100");
-         f.offsetStackingList = 4;
-         Set(f.offsetStackingPages, "99999");
-         f.ejectOptions = 3;
-       },
-       Attr("TABS=4") + Attr("TRMR=0") + Attr("MDOC=100") + "@PJL SET JOBOFFSET=PAGES\n" +
-           Attr("OCSN=99999") + Attr("FACE=UP")},
+      {"OffsetStackingListTicket=1 OffsetStackingPagesLArrowTicket=10", ""},
+      {"OffsetStackingListTicket=2 OffsetStackingPagesLArrowTicket=10", ""},
+      {"OffsetStackingListTicket=3 OffsetStackingUnitsLArrowTicket=3", ""},
+      // Several at once come in row order.
+      {"EjectOptionsListTicket=3 OffsetStackingListTicket=4 OffsetStackingPagesLArrowTicket=99999 "
+       "TabMarginSwitchTicket=1 TabMarginMMShiftTicket=4 TrimmerSwitchTicket=0",
+       Attr("TABS=4") + Attr("TRMR=0") + "@PJL SET JOBOFFSET=PAGES\n" + Attr("OCSN=99999") +
+           Attr("FACE=UP")},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    FilterArguments none("");
-    FeaturesGetTicketFromPDE(none.argv);
-    c.setup(zpjlOptionFeatures);
-    EXPECT_EQ(Header(), c.expected);
+    ReadFeatures(c.settings);
+    EXPECT_EQ(Header(), c.expected) << c.settings;
   }
 }
 
-// A job that punches coil holes and keeps the coil face up: with no tab
-// stock and no A5 anywhere the face is OFF.
-void CoilJob(FeaturesOptionRecord& f) {
-  f.ejectOptions = 1;
-  Set(f.punchHoles, "CoilPunch");
-  Set(f.featuresMediaTypeTab, "false");
-  f.specialPagesMediaTab = 0;
-  Set(f.coilPunchFace, "true");
-  Set(f.media, "Letter");
-  f.specialPagesA5 = 0;
-}
+// Coil punching with the coil face on, no tab stock, no A5: face OFF. Later
+// settings of a case replace these.
+const std::string kCoilJob =
+    "EjectOptionsListTicket=1 KRNumPunchHoles=CoilPunch featuresMediaTypeTabTicket=false "
+    "whetherMediaTypeTabTicket=0 CoilPunchFaceTicket=true media=Letter "
+    "whetherMediaSizeA5Ticket=0 ";
 
 TEST_F(FeaturesTest, EveryFaceRowIsReachableAlone) {
   const struct {
-    int row;  // 1-based row of the table that must hold, 0 for none
-    Adjust setup;
+    int row;  // the one FACE row that holds, 0 for none
+    std::string settings;
     const char* face;
   } cases[] = {
-      {17, CoilJob, "OFF"},
-      {18,
-       [](FeaturesOptionRecord& f) {
-         CoilJob(f);
-         Set(f.punchHoles, "2Holes");
-       },
-       "OFF"},
-      {18,
-       [](FeaturesOptionRecord& f) {
-         f.ejectOptions = 1;
-         Set(f.coilPunchFace, "true");
-       },
-       "OFF"},
-      {19,
-       [](FeaturesOptionRecord& f) {
-         CoilJob(f);
-         Set(f.coilPunchFace, "false");
-       },
-       "OFF"},
-      {20, [](FeaturesOptionRecord& f) { f.ejectOptions = 2; }, "DOWN"},
-      {21, [](FeaturesOptionRecord& f) { f.ejectOptions = 3; }, "UP"},
-      {22, [](FeaturesOptionRecord& f) { f.ejectOptions = 4; }, "DOWN_REVERSE"},
-      {23, [](FeaturesOptionRecord& f) { f.ejectOptions = 5; }, "UP_REVERSE"},
-      {24,
-       [](FeaturesOptionRecord& f) {
-         CoilJob(f);
-         Set(f.media, "A5");
-       },
-       "UP"},
-      {25,
-       [](FeaturesOptionRecord& f) {
-         CoilJob(f);
-         f.specialPagesA5 = 1;
-       },
-       "UP"},
-      {26,
-       [](FeaturesOptionRecord& f) {
-         CoilJob(f);
-         Set(f.media, "A5Rotated");
-         f.specialPagesA5 = 1;
-       },
-       "UP"},
-      {27,
-       [](FeaturesOptionRecord& f) {
-         CoilJob(f);
-         Set(f.featuresMediaTypeTab, "true");
-       },
-       "UP"},
-      {28,
-       [](FeaturesOptionRecord& f) {
-         CoilJob(f);
-         f.specialPagesMediaTab = 1;
-       },
-       "UP"},
-      {29,
-       [](FeaturesOptionRecord& f) {
-         CoilJob(f);
-         Set(f.featuresMediaTypeTab, "true");
-         f.specialPagesMediaTab = 1;
-       },
-       "UP"},
-      // Coil face on but the tab stock setting missing: no rule applies.
-      {0,
-       [](FeaturesOptionRecord& f) {
-         CoilJob(f);
-         Set(f.featuresMediaTypeTab, "");
-       },
-       nullptr},
-      {0, [](FeaturesOptionRecord& f) { f.ejectOptions = 1; }, nullptr},
-      {0, [](FeaturesOptionRecord& f) { f.ejectOptions = 6; }, nullptr},
+      {17, kCoilJob, "OFF"},
+      {18, kCoilJob + "KRNumPunchHoles=2Holes", "OFF"},
+      {18, "EjectOptionsListTicket=1 CoilPunchFaceTicket=true", "OFF"},
+      {19, kCoilJob + "CoilPunchFaceTicket=false", "OFF"},
+      {20, "EjectOptionsListTicket=2", "DOWN"},
+      {21, "EjectOptionsListTicket=3", "UP"},
+      {22, "EjectOptionsListTicket=4", "DOWN_REVERSE"},
+      {23, "EjectOptionsListTicket=5", "UP_REVERSE"},
+      {24, kCoilJob + "media=A5", "UP"},
+      {25, kCoilJob + "whetherMediaSizeA5Ticket=1", "UP"},
+      {26, kCoilJob + "media=A5Rotated whetherMediaSizeA5Ticket=1", "UP"},
+      {27, kCoilJob + "featuresMediaTypeTabTicket=true", "UP"},
+      {28, kCoilJob + "whetherMediaTypeTabTicket=1", "UP"},
+      {29, kCoilJob + "featuresMediaTypeTabTicket=true whetherMediaTypeTabTicket=1", "UP"},
+      {0, kCoilJob + "featuresMediaTypeTabTicket=", nullptr},
+      {0, "EjectOptionsListTicket=1", nullptr},
+      {0, "EjectOptionsListTicket=6", nullptr},
   };
   std::vector<bool> reached(FeaturesFmtTableNum + 1, false);
   for (const auto& c : cases) {
-    SCOPED_TRACE("row " + std::to_string(c.row));
-    FilterArguments none("");
-    FeaturesGetTicketFromPDE(none.argv);
-    c.setup(zpjlOptionFeatures);
+    ReadFeatures(c.settings);
     for (int row = 17; row <= FeaturesFmtTableNum; ++row) {
       bool holds = ConditionCompare(FeaturesFmtTable[row - 1].conditions) == 1;
-      EXPECT_EQ(holds, row == c.row) << "row " << row;
+      EXPECT_EQ(holds, row == c.row) << c.settings << ": row " << row;
       if (holds) reached[row] = true;
     }
-    EXPECT_EQ(Header(), c.face != nullptr ? Attr(std::string("FACE=") + c.face) : "");
+    EXPECT_EQ(Header(), c.face != nullptr ? Attr(std::string("FACE=") + c.face) : "") << c.settings;
   }
   for (int row = 17; row <= FeaturesFmtTableNum; ++row) EXPECT_TRUE(reached[row]) << row;
-}
-
-// Separator pages "1,3" and a booklet margin shift of 5 with auto-fit on.
-void SeparatorAndAutoFit(FeaturesOptionRecord& f) {
-  f.separatorPagesList = 2;
-  Set(f.separatorPages, "1,3");
-  f.bookletMarginSwitch = 1;
-  Set(f.bookletMarginShift, "5");
-  f.autoFitSwitch = 1;
 }
 
 const char kSeparator[] =
@@ -265,163 +159,97 @@ const char kSeparator[] =
     "1 dict dup/SeparatorPages[1,3]put/Custom/ProcSet findresource/setcoverseparator get exec\n"
     "%%EndNonPPDFeatures\n} stopped cleartomark\n";
 const char kImageShift[] =
-    "[{\n%%BeginNonPPDFeatures\n"
-    "5.000/Custom/ProcSet findresource/setsignatureimageshift get exec\n"
-    "%%EndNonPPDFeatures\n} stopped cleartomark\n";
-const char kAutoScaleOn[] =
-    "[{\n%%BeginNonPPDFeatures\n"
-    "/Custom/ProcSet findresource/setsignatureautoscale 2 copy known {get true exch exec} "
-    "{pop pop} ifelse\n"
-    "%%EndNonPPDFeatures\n} stopped cleartomark\n";
-const char kAutoScaleOff[] =
-    "[{\n%%BeginNonPPDFeatures\n"
-    "/Custom/ProcSet findresource/setsignatureautoscale 2 copy known {get false exch exec} "
-    "{pop pop} ifelse\n"
-    "%%EndNonPPDFeatures\n} stopped cleartomark\n";
+    "[{\n%%BeginNonPPDFeatures\n5.000/Custom/ProcSet findresource/setsignatureimageshift get "
+    "exec\n%%EndNonPPDFeatures\n} stopped cleartomark\n";
+std::string AutoScale(const char* on) {
+  return std::string(
+             "[{\n%%BeginNonPPDFeatures\n/Custom/ProcSet findresource/"
+             "setsignatureautoscale 2 copy known {get ") +
+         on + " exch exec} {pop pop} ifelse\n%%EndNonPPDFeatures\n} stopped cleartomark\n";
+}
 
-TEST_F(FeaturesTest, SeparatorAndAutoFitPointsByPagesPerSheet) {
-  const std::string autoFit = std::string(kImageShift) + kAutoScaleOn;
-  const std::string both = kSeparator + autoFit;
+TEST_F(FeaturesTest, InjectionPointsByPagesPerSheet) {
+  const std::string autoFit = kImageShift + AutoScale("true");
   const struct {
-    const char* rows;
-    const char* columns;
+    const char *rows, *columns;
     int32_t point;
     std::string expected;
   } cases[] = {
-      // 1-up: separator before the prolog ends, auto-fit before the setup ends.
+      // 1-up (no layout counts as 1-up): separator at 14, auto-fit at 16.
       {"1", "1", 14, kSeparator},
       {"1", "1", 16, autoFit},
       {"1", "1", 21, ""},
-      // No layout in the ticket counts as 1-up.
       {"", "", 14, kSeparator},
       {"", "", 16, autoFit},
-      {"", "", 21, ""},
-      // 2-up and 4-up: both at the page device line, separator first.
+      // N-up: both at 21, separator first.
       {"1", "2", 14, ""},
       {"1", "2", 16, ""},
-      {"1", "2", 21, both},
-      {"2", "2", 21, both},
-      {"2", "1", 16, ""},
+      {"1", "2", 21, kSeparator + autoFit},
+      {"2", "2", 21, kSeparator + autoFit},
       // A negative product is neither 1-up (unsigned) nor N-up (signed).
       {"-1", "2", 14, ""},
       {"-1", "2", 16, ""},
       {"-1", "2", 21, ""},
-      // Other injection points never write.
       {"1", "1", 13, ""},
-      {"1", "1", 23, ""},
       {"1", "1", 24, ""},
-      {"1", "1", 27, ""},
-      {"1", "2", 28, ""},
+      {"1", "2", 27, ""},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(std::string(c.rows) + "x" + c.columns + " at " + std::to_string(c.point));
-    SeparatorAndAutoFit(zpjlOptionFeatures);
+    FeaturesOptionRecord& f = zpjlOptionFeatures;
+    f.separatorPagesList = 2, Set(f.separatorPages, "1,3");
+    f.bookletMarginSwitch = 1, Set(f.bookletMarginShift, "5"), f.autoFitSwitch = 1;
     Set(StdLayoutRowInfo, c.rows);
     Set(StdLayoutColumnInfo, c.columns);
-    EXPECT_EQ(PostScriptAt(c.point), c.expected);
-  }
-}
-
-// A job through the pass-through: where the fragments land among its lines.
-std::string PassThrough(const std::vector<const char*>& lines) {
-  char copies[] = "1";
-  char* argv[7] = {nullptr, nullptr, nullptr, nullptr, copies, nullptr, nullptr};
-  return CaptureStream([&](FILE* out) {
-    PSLineState state;
-    for (const char* line : lines) HandlePSLine(state, line, std::strlen(line), '\n', argv, out);
-  });
-}
-
-TEST_F(FeaturesTest, FragmentsLandAtTheirLinesInAJob) {
-  const std::vector<const char*> job = {
-      "%!PS-Adobe-3.0", "%%BeginProlog", "%%EndProlog", "%%BeginProlog", "%%EndProlog",
-      "%%BeginSetup", "userdict/setpagedevice{pop}bind put", "%%EndSetup", "bp", "ep"};
-  const std::string autoFit = std::string(kImageShift) + kAutoScaleOn;
-  const struct {
-    const char* rows;
-    const char* columns;
-    std::string expected;
-  } cases[] = {
-      {"1", "1",
-       "%!PS-Adobe-3.0\n%%BeginProlog\n" + std::string(kSeparator) +
-           "%%EndProlog\n%%BeginProlog\n%%EndProlog\n%%BeginSetup\n"
-           "userdict/setpagedevice{pop}bind put\n" + autoFit + "%%EndSetup\nbp\nep\n"},
-      {"2", "1",
-       "%!PS-Adobe-3.0\n%%BeginProlog\n%%EndProlog\n%%BeginProlog\n%%EndProlog\n"
-       "%%BeginSetup\n" + std::string(kSeparator) + autoFit +
-           "userdict/setpagedevice{pop}bind put\n%%EndSetup\nbp\nep\n"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::string(c.rows) + "x" + c.columns);
-    SeparatorAndAutoFit(zpjlOptionFeatures);
-    Set(StdLayoutRowInfo, c.rows);
-    Set(StdLayoutColumnInfo, c.columns);
-    EXPECT_EQ(PassThrough(job), c.expected);
+    std::string out =
+        CaptureStream([&c](FILE* s) { FeaturesOutputPSCommandFromFilter(c.point, s); });
+    EXPECT_EQ(out, c.expected) << c.rows << "x" << c.columns << " at " << c.point;
   }
 }
 
 TEST_F(FeaturesTest, SeparatorPagesFragment) {
+  const std::string fixed = "]put/Custom/ProcSet findresource/setcoverseparator get exec";
   const struct {
     int32_t list;
     const char* pages;
-    std::string expected;
+    std::string line;  // the variable line, "" for no fragment
   } cases[] = {
       {-1, "1,3", ""},
       {1, "1,3", ""},
-      {2, "1,3", kSeparator},
-      {0, "1,3", kSeparator},
-      // 13 characters fill the 100-byte line exactly; one more cuts its end.
-      {2, "1,2,3,4,5,6,7",
-       "[{\n%%BeginNonPPDFeatures\n1 dict dup/SeparatorPages[1,2,3,4,5,6,7]put/Custom/ProcSet "
-       "findresource/setcoverseparator get exec\n%%EndNonPPDFeatures\n} stopped cleartomark\n"},
-      {2, "1,2,3,4,5,6,78",
-       "[{\n%%BeginNonPPDFeatures\n1 dict dup/SeparatorPages[1,2,3,4,5,6,78]put/Custom/ProcSet "
-       "findresource/setcoverseparator get exec%%EndNonPPDFeatures\n} stopped cleartomark\n"},
-      // Ticket text is never a format.
-      {2, "%s%n", "[{\n%%BeginNonPPDFeatures\n1 dict dup/SeparatorPages[%s%n]put/Custom/ProcSet "
-                  "findresource/setcoverseparator get exec\n%%EndNonPPDFeatures\n} stopped "
-                  "cleartomark\n"},
+      {2, "1,3", "1 dict dup/SeparatorPages[1,3" + fixed + "\n"},
+      // 13 characters fill the 100-byte line; one more cuts its line end.
+      {2, "1,2,3,4,5,6,7", "1 dict dup/SeparatorPages[1,2,3,4,5,6,7" + fixed + "\n"},
+      {2, "1,2,3,4,5,6,78", "1 dict dup/SeparatorPages[1,2,3,4,5,6,78" + fixed},
+      {2, "%s%n", "1 dict dup/SeparatorPages[%s%n" + fixed + "\n"},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(std::to_string(c.list) + " " + c.pages);
     zpjlOptionFeatures.separatorPagesList = c.list;
     Set(zpjlOptionFeatures.separatorPages, c.pages);
-    EXPECT_EQ(CaptureStream([](FILE* s) { FeaturesOutputSeparatorPages(s); }), c.expected);
+    std::string expected = c.line.empty() ? ""
+                                          : "[{\n%%BeginNonPPDFeatures\n" + c.line +
+                                                "%%EndNonPPDFeatures\n} stopped cleartomark\n";
+    EXPECT_EQ(CaptureStream(FeaturesOutputSeparatorPages), expected) << c.pages;
   }
 }
 
 TEST_F(FeaturesTest, AutoFitFollowsTheBookletMargin) {
   const struct {
-    int32_t bookletMargin;
-    int32_t autoFit;
+    int32_t bookletMargin, autoFit;
     std::string expected;
   } cases[] = {
       {-1, 1, ""},
       {0, 1, ""},
       {1, -1, kImageShift},
-      {1, 0, std::string(kImageShift) + kAutoScaleOff},
-      {1, 1, std::string(kImageShift) + kAutoScaleOn},
-      {1, 7, std::string(kImageShift) + kAutoScaleOn},
-      {2, 0, std::string(kImageShift) + kAutoScaleOff},
+      {1, 0, kImageShift + AutoScale("false")},
+      {1, 1, kImageShift + AutoScale("true")},
+      {2, 7, kImageShift + AutoScale("true")},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(std::to_string(c.bookletMargin) + " " + std::to_string(c.autoFit));
     zpjlOptionFeatures.bookletMarginSwitch = c.bookletMargin;
     zpjlOptionFeatures.autoFitSwitch = c.autoFit;
     Set(zpjlOptionFeatures.bookletMarginShift, "5");
-    EXPECT_EQ(CaptureStream([](FILE* s) { FeaturesOutputAutoFit(s); }), c.expected);
+    EXPECT_EQ(CaptureStream(FeaturesOutputAutoFit), c.expected)
+        << c.bookletMargin << " " << c.autoFit;
   }
-}
-
-std::string BookletLines(const char* numberUp, int32_t orientation, const char* signature,
-                         const char* division) {
-  CommentResetOptionRecord();
-  CommentOptionRecord& job = psoptioncomment;
-  Set(job.numberUp, numberUp);
-  job.orientation = orientation;
-  Set(job.signature, signature);
-  Set(job.signatureVolume, division);
-  return CaptureStdout([] { OutputZPJLCommandforBooklet(); });
 }
 
 class BookletTest : public ::testing::Test {
@@ -431,8 +259,17 @@ class BookletTest : public ::testing::Test {
     unsetenv("PPD");
     CommentResetOptionRecord();
   }
-  static void UsePPD(const std::string& name) {
+  static void UsePPD(const char* name) {
     setenv("PPD", (std::string(ZPJL_FIXTURES) + "/ppd/" + name).c_str(), 1);
+  }
+  static std::string Lines(const char* numberUp, int32_t orientation, const char* signature,
+                           const char* division) {
+    CommentResetOptionRecord();
+    Set(psoptioncomment.numberUp, numberUp);
+    psoptioncomment.orientation = orientation;
+    Set(psoptioncomment.signature, signature);
+    Set(psoptioncomment.signatureVolume, division);
+    return CaptureStdout(OutputZPJLCommandforBooklet);
   }
 };
 
@@ -442,134 +279,116 @@ TEST_F(BookletTest, DirectionByLayoutAndOrientation) {
     int32_t orientation;
     const char* direction;
   } cases[] = {
-      {"", 1, "PORTRAIT"},   {"", 4, "PORTRAIT"},   {"", 5, "PORTRAIT"},
-      // The sheet-turning layouts: portrait orientations give landscape.
-      {"2", 1, "LANDSCAPE"}, {"2", 6, "LANDSCAPE"}, {"2", 4, "PORTRAIT"},
-      {"2", 5, "PORTRAIT"},  {"6", 1, "LANDSCAPE"}, {"6", 3, "PORTRAIT"},
+      {"", 1, "PORTRAIT"},
+      {"", 4, "PORTRAIT"},
+      // The sheet-turning layouts: the portrait orientations give landscape.
+      {"2", 1, "LANDSCAPE"},
+      {"2", 6, "LANDSCAPE"},
+      {"2", 4, "PORTRAIT"},
+      {"6", 5, "PORTRAIT"},
       // Every other layout follows the orientation.
-      {"1", 4, "LANDSCAPE"}, {"1", 5, "LANDSCAPE"}, {"1", 3, "PORTRAIT"},
-      {"1", 1, "PORTRAIT"},  {"4", 5, "LANDSCAPE"}, {"9", 6, "PORTRAIT"},
-      {"16", 4, "LANDSCAPE"}, {"20", 4, "LANDSCAPE"}, {"3", 1, "PORTRAIT"},
+      {"1", 4, "LANDSCAPE"},
+      {"1", 5, "LANDSCAPE"},
+      {"1", 3, "PORTRAIT"},
+      {"1", 1, "PORTRAIT"},
+      {"16", 4, "LANDSCAPE"},
+      {"20", 5, "LANDSCAPE"},
+      {"9", 6, "PORTRAIT"},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(std::string(c.numberUp) + " / " + std::to_string(c.orientation));
-    EXPECT_EQ(BookletLines(c.numberUp, c.orientation, "", ""),
-              Attr(std::string("DIND=") + c.direction));
+    EXPECT_EQ(Lines(c.numberUp, c.orientation, "", ""), Attr(std::string("DIND=") + c.direction))
+        << c.numberUp << " / " << c.orientation;
   }
 }
 
 TEST_F(BookletTest, BindingAndDivision) {
-  const std::string portrait = Attr("DIND=PORTRAIT");
   const struct {
-    const char* signature;
-    const char* division;
+    const char *signature, *division;
     std::string lines;
   } cases[] = {
       {"", "10Sheets", ""},
       {"None", "10Sheets", Attr("DIBB=OFF") + Attr("DIBK=OFF")},
       {"BookLeft", "None", Attr("DIBB=LEFT") + Attr("DIBK=NONEDIVIDE")},
-      {"LeftSigCenterStaple", "", Attr("DIBB=LEFT") + Attr("DIBK=NONEDIVIDE")},
       {"RightSig", "10Sheets", Attr("DIBB=RIGHT") + Attr("DIBK=MANUALDIVIDE")},
-      {"LeftRight", "5Sheets", Attr("DIBB=LEFT") + Attr("DIBK=MANUALDIVIDE")},
-      {"CenterFold", "", Attr("DIBK=NONEDIVIDE")},
+      {"LeftRight", "", Attr("DIBB=LEFT") + Attr("DIBK=NONEDIVIDE")},
       {"CenterFold", "3Sheets", Attr("DIBK=MANUALDIVIDE")},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(std::string(c.signature) + " / " + c.division);
-    EXPECT_EQ(BookletLines("", 1, c.signature, c.division), portrait + c.lines);
+    EXPECT_EQ(Lines("", 1, c.signature, c.division), Attr("DIND=PORTRAIT") + c.lines)
+        << c.signature << " / " << c.division;
   }
 }
 
 TEST_F(BookletTest, OnlyUTF8PrintersGetTheAttributes) {
+  const std::string all = Attr("DIND=LANDSCAPE") + Attr("DIBB=LEFT") + Attr("DIBK=NONEDIVIDE");
   const struct {
-    const char* ppd;  // nullptr: no PPD at all
+    const char* ppd;  // nullptr: PPD unset
     bool writes;
-  } cases[] = {
-      {"utf8-color.ppd", true},
-      {"utf8-nocomment.ppd", true},
-      {"legacy-mono.ppd", false},
-      {"bare.ppd", false},
-      {"no-such-file.ppd", false},
-      {nullptr, false},
-  };
+  } cases[] = {{"utf8-nocomment.ppd", true},
+               {"legacy-mono.ppd", false},
+               {"bare.ppd", false},
+               {"no-such-file.ppd", false},
+               {nullptr, false}};
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.ppd != nullptr ? c.ppd : "no PPD");
-    if (c.ppd != nullptr) {
-      UsePPD(c.ppd);
-    } else {
-      unsetenv("PPD");
-    }
-    std::string lines = BookletLines("2", 1, "BookLeft", "None");
-    EXPECT_EQ(lines, c.writes ? Attr("DIND=LANDSCAPE") + Attr("DIBB=LEFT") +
-                                    Attr("DIBK=NONEDIVIDE")
-                              : "");
+    c.ppd != nullptr ? UsePPD(c.ppd) : (void)unsetenv("PPD");
+    EXPECT_EQ(Lines("2", 1, "BookLeft", "None"), c.writes ? all : "")
+        << (c.ppd != nullptr ? c.ppd : "no PPD");
   }
 }
 
+// Each key lands in its own field: a value per key, read back field by field.
 TEST(FeaturesTicket, EveryKeyReachesItsField) {
+  FeaturesOptionRecord& f = zpjlOptionFeatures;
   const std::string jtz = "com.korvanel.qd.jtz.printsettings.";
   const std::string etz = "com.korvanel.qd.etz.printsettings.";
-  std::string ticket;
-  auto add = [&ticket](const std::string& key, const char* value) {
-    ticket += " " + key + "=" + value;
+  const struct {
+    std::string key;
+    const char* value;
+    std::function<std::string()> field;
+  } rows[] = {
+      {jtz + "TabMarginSwitchTicket", "11", [&] { return std::to_string(f.tabMarginSwitch); }},
+      {jtz + "TrimmerSwitchTicket", "12", [&] { return std::to_string(f.trimmerSwitch); }},
+      {etz + "TrimmerSelectTicket", "13", [&] { return std::to_string(f.trimmerSelect); }},
+      {jtz + "BookletMarginSwitchTicket", "14",
+       [&] { return std::to_string(f.bookletMarginSwitch); }},
+      {jtz + "TabMarginMMShiftTicket", "a", [&] { return f.tabMarginShift; }},
+      {jtz + "TrimmerMMCuttingSizeTicket", "b", [&] { return f.trimmerCuttingSize; }},
+      {etz + "TrimmerWidthMMSizeTicket", "c", [&] { return f.trimmerWidth; }},
+      {etz + "TrimmerHeightMMSizeTicket", "d", [&] { return f.trimmerHeight; }},
+      {etz + "TrimmerAdjustMMSizeTicket", "e", [&] { return f.trimmerAdjust; }},
+      {jtz + "NumInSequenceSwitchTicket", "15",
+       [&] { return std::to_string(f.numInSequenceSwitch); }},
+      {jtz + "NumInSequenceLArrowTicket", "f", [&] { return f.numInSequenceStart; }},
+      {jtz + "OffsetStackingListTicket", "16",
+       [&] { return std::to_string(f.offsetStackingList); }},
+      {jtz + "OffsetStackingPagesLArrowTicket", "g", [&] { return f.offsetStackingPages; }},
+      {jtz + "OffsetStackingUnitsLArrowTicket", "h", [&] { return f.offsetStackingUnits; }},
+      {jtz + "SeparatorPageListTicket", "17", [&] { return std::to_string(f.separatorPagesList); }},
+      {jtz + "SeparatorPageTicket", "i", [&] { return f.separatorPages; }},
+      {jtz + "AutoFitSwitchTicket", "18", [&] { return std::to_string(f.autoFitSwitch); }},
+      {jtz + "BookletMarginMMShiftTicket", "j", [&] { return f.bookletMarginShift; }},
+      {jtz + "EjectOptionsListTicket", "19", [&] { return std::to_string(f.ejectOptions); }},
+      {"media", "k", [&] { return f.media; }},
+      {etz + "whetherMediaSizeA5Ticket", "20", [&] { return std::to_string(f.specialPagesA5); }},
+      {"KRNumPunchHoles", "l", [&] { return f.punchHoles; }},
+      {jtz + "featuresMediaTypeTabTicket", "m", [&] { return f.featuresMediaTypeTab; }},
+      {jtz + "CoilPunchFaceTicket", "n", [&] { return f.coilPunchFace; }},
+      {jtz + "whetherMediaTypeTabTicket", "21",
+       [&] { return std::to_string(f.specialPagesMediaTab); }},
   };
-  add(jtz + "TabMarginSwitchTicket", "1");
-  add(jtz + "TrimmerSwitchTicket", "0");
-  add(etz + "TrimmerSelectTicket", "3");
-  add(jtz + "BookletMarginSwitchTicket", "1");
-  add(jtz + "TabMarginMMShiftTicket", "12");
-  add(jtz + "TrimmerMMCuttingSizeTicket", "30");
-  add(etz + "TrimmerWidthMMSizeTicket", "210");
-  add(etz + "TrimmerHeightMMSizeTicket", "297");
-  add(etz + "TrimmerAdjustMMSizeTicket", "2");
-  add(jtz + "NumInSequenceSwitchTicket", "1");
-  add(jtz + "NumInSequenceLArrowTicket", "7");
-  add(jtz + "OffsetStackingListTicket", "5");
-  add(jtz + "OffsetStackingPagesLArrowTicket", "10");
-  add(jtz + "OffsetStackingUnitsLArrowTicket", "20");
-  add(jtz + "SeparatorPageListTicket", "2");
-  add(jtz + "SeparatorPageTicket", "1,3");
-  add(jtz + "AutoFitSwitchTicket", "0");
-  add(jtz + "BookletMarginMMShiftTicket", "6");
-  add(jtz + "EjectOptionsListTicket", "4");
-  add("media", "A5");
-  add(etz + "whetherMediaSizeA5Ticket", "1");
-  add("KRNumPunchHoles", "CoilPunch");
-  add(jtz + "featuresMediaTypeTabTicket", "true");
-  add(jtz + "CoilPunchFaceTicket", "false");
-  add(jtz + "whetherMediaTypeTabTicket", "1");
-  // Texts longer than their field are cut at its size.
-  add(jtz + "TrimmerMMCuttingSizeTicket", "123456");
+  std::string ticket;
+  for (const auto& row : rows) ticket += " " + row.key + "=" + row.value;
   FilterArguments args(ticket);
   FeaturesGetTicketFromPDE(args.argv);
-
-  const FeaturesOptionRecord& f = zpjlOptionFeatures;
-  EXPECT_EQ(f.tabMarginSwitch, 1);
-  EXPECT_EQ(f.trimmerSwitch, 0);
-  EXPECT_EQ(f.trimmerSelect, 3);
-  EXPECT_EQ(f.bookletMarginSwitch, 1);
-  EXPECT_STREQ(f.tabMarginShift, "12");
-  EXPECT_STREQ(f.trimmerCuttingSize, "1234");
-  EXPECT_STREQ(f.trimmerWidth, "210");
-  EXPECT_STREQ(f.trimmerHeight, "297");
-  EXPECT_STREQ(f.trimmerAdjust, "2");
-  EXPECT_EQ(f.separatorPagesList, 2);
-  EXPECT_STREQ(f.separatorPages, "1,3");
-  EXPECT_EQ(f.autoFitSwitch, 0);
-  EXPECT_STREQ(f.bookletMarginShift, "6");
-  EXPECT_EQ(f.numInSequenceSwitch, 1);
-  EXPECT_STREQ(f.numInSequenceStart, "7");
-  EXPECT_EQ(f.offsetStackingList, 5);
-  EXPECT_STREQ(f.offsetStackingPages, "10");
-  EXPECT_STREQ(f.offsetStackingUnits, "20");
-  EXPECT_EQ(f.ejectOptions, 4);
-  EXPECT_STREQ(f.media, "A5");
-  EXPECT_EQ(f.specialPagesA5, 1);
-  EXPECT_STREQ(f.punchHoles, "CoilPunch");
-  EXPECT_STREQ(f.featuresMediaTypeTab, "true");
-  EXPECT_STREQ(f.coilPunchFace, "false");
-  EXPECT_EQ(f.specialPagesMediaTab, 1);
+  for (const auto& row : rows) EXPECT_EQ(row.field(), row.value) << row.key;
   EXPECT_EQ(FeaturesticketDataNum, 25);
+
+  // Texts are cut at their field's size: 4 bytes for millimetres, 5 for counts.
+  FilterArguments longer(" " + jtz + "TrimmerMMCuttingSizeTicket=123456 " + jtz +
+                         "OffsetStackingUnitsLArrowTicket=123456");
+  FeaturesGetTicketFromPDE(longer.argv);
+  EXPECT_STREQ(f.trimmerCuttingSize, "1234");
+  EXPECT_STREQ(f.offsetStackingUnits, "12345");
 }
 
 }  // namespace

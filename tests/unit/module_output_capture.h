@@ -48,6 +48,6 @@ struct FilterArguments {
   FilterArguments(const FilterArguments&) = delete;
   FilterArguments& operator=(const FilterArguments&) = delete;
   std::string job = "1", user = "tester", title = "job", copies = "1", options;
-  char* argv[7] = {const_cast<char*>("pstozpjl"), &job[0], &user[0], &title[0], &copies[0],
-                   nullptr, nullptr};
+  char* argv[7] = {
+      const_cast<char*>("pstozpjl"), &job[0], &user[0], &title[0], &copies[0], nullptr, nullptr};
 };

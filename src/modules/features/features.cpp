@@ -60,6 +60,7 @@ constexpr FeaturesOptionRecord& F = zpjlOptionFeatures;
 
 }  // namespace
 
+// clang-format off
 const TicketBinding FeaturesticketData[] = {
     {JTZ_KEY("TabMarginSwitchTicket"), &F.tabMarginSwitch, kIntSize, GetTicketInteger},
     {JTZ_KEY("TrimmerSwitchTicket"), &F.trimmerSwitch, kIntSize, GetTicketInteger},
@@ -99,6 +100,7 @@ const TicketBinding FeaturesticketData[] = {
      GetTicketStringConvertedToPrtLang},
     {JTZ_KEY("whetherMediaTypeTabTicket"), &F.specialPagesMediaTab, kIntSize, GetTicketInteger},
 };
+// clang-format on
 const int32_t FeaturesticketDataNum = sizeof FeaturesticketData / sizeof FeaturesticketData[0];
 
 #undef JTZ_KEY
@@ -139,7 +141,7 @@ const ParamPointer cmdParaListFeaturesLineEnd[] = {&CTRLSym_LF};
 const int32_t cmdParaNumFeaturesLineEnd = 1;
 const int32_t cmdParaNumFeaturesValue = 4;
 
-#define FEATURES_VALUE_LIST(name, field) \
+#define FEATURES_VALUE_LIST(name, field)                                                       \
   const ParamPointer cmdParaListFeatures##name[] = {&CTRLSym_DOUBLE, F.field, &CTRLSym_DOUBLE, \
                                                     &CTRLSym_LF}
 
@@ -165,6 +167,7 @@ FEATURES_VALUE_LIST(OffsetStackingUnits, offsetStackingUnits);
 #define STR_NOT_CONTAINS(field, cell) \
   { F.field, &cell, StrNotContainCampareFunc }
 
+// clang-format off
 const ConditionItem comparationItemFeaturesTabMarginOff[] = {
     INT_IS(tabMarginSwitch, OptionTabMarginNone)};
 const ConditionItem comparationItemFeaturesTabMarginOn[] = {
@@ -249,6 +252,7 @@ const ConditionItem comparationItemFeaturesFaceUpBothTab[] = {
     STR_EQUALS(featuresMediaTypeTab, mediaTypeIsTab),
     INT_IS(specialPagesMediaTab, specialPagesMediaTab),
     STR_EQUALS(coilPunchFace, coilPunchFaceOn)};
+// clang-format on
 
 #undef INT_IS
 #undef STR_EQUALS
@@ -270,14 +274,15 @@ constexpr int32_t CountOf(const ConditionItem (&)[N]) {
 }
 
 #define ROW_VALUE(format, list, items) \
-  {format, cmdParaListFeatures##list, cmdParaNumFeaturesValue, items, CountOf(items)}
+  { format, cmdParaListFeatures##list, cmdParaNumFeaturesValue, items, CountOf(items) }
 #define ROW_FIXED(format, items) \
-  {format, cmdParaListFeaturesFixed, cmdParaNumFeaturesFixed, items, CountOf(items)}
+  { format, cmdParaListFeaturesFixed, cmdParaNumFeaturesFixed, items, CountOf(items) }
 #define ROW_PLAIN(format, items) \
-  {format, cmdParaListFeaturesLineEnd, cmdParaNumFeaturesLineEnd, items, CountOf(items)}
+  { format, cmdParaListFeaturesLineEnd, cmdParaNumFeaturesLineEnd, items, CountOf(items) }
 
 // With the trimmer on and selection 2, rows 4 and 5 both hold: the same
 // @TRMR line is written twice, deliberately.
+// clang-format off
 constexpr FeaturesRowSource kFeaturesRows[] = {
     ROW_FIXED(prtfmtStrFeaturesTabsOff, comparationItemFeaturesTabMarginOff),
     ROW_VALUE(prtfmtStrFeaturesTabs, TabMarginShift, comparationItemFeaturesTabMarginOn),
@@ -312,6 +317,7 @@ constexpr FeaturesRowSource kFeaturesRows[] = {
     ROW_FIXED(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpSpecialTab),
     ROW_FIXED(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpBothTab),
 };
+// clang-format on
 
 #undef ROW_VALUE
 #undef ROW_FIXED

@@ -20,31 +20,31 @@ constexpr int32_t kFeaturesTextSize = 100;
 // The job's finishing settings. Numbers are -1 and texts empty when the
 // ticket lacks them; texts are in the printer's language encoding.
 struct FeaturesOptionRecord {
-  int32_t tabMarginSwitch;       // 0 off, 1 on
-  int32_t trimmerSwitch;         // 0 off, 1 on
-  int32_t trimmerSelect;         // 1 none, 2 fore edge, 3 top and lower edges
-  int32_t bookletMarginSwitch;   // 0 off, 1 on
+  int32_t tabMarginSwitch;      // 0 off, 1 on
+  int32_t trimmerSwitch;        // 0 off, 1 on
+  int32_t trimmerSelect;        // 1 none, 2 fore edge, 3 top and lower edges
+  int32_t bookletMarginSwitch;  // 0 off, 1 on
   char tabMarginShift[kFeaturesMMSize];
   char trimmerCuttingSize[kFeaturesMMSize];
   char trimmerWidth[kFeaturesMMSize];
   char trimmerHeight[kFeaturesMMSize];
   char trimmerAdjust[kFeaturesMMSize];
-  int32_t separatorPagesList;    // 1 none
+  int32_t separatorPagesList;  // 1 none
   char separatorPages[kFeaturesTextSize];
-  int32_t autoFitSwitch;         // 0 off, 1 on
+  int32_t autoFitSwitch;  // 0 off, 1 on
   char bookletMarginShift[kFeaturesMMSize];
-  int32_t numInSequenceSwitch;   // 0 off, 1 on
+  int32_t numInSequenceSwitch;  // 0 off, 1 on
   char numInSequenceStart[kFeaturesMMSize];
-  int32_t offsetStackingList;    // 1 none ... 5 end of set by copies
+  int32_t offsetStackingList;  // 1 none ... 5 end of set by copies
   char offsetStackingPages[kFeaturesCountSize];
   char offsetStackingUnits[kFeaturesCountSize];
-  int32_t ejectOptions;          // 1 off, 2 down, 3 up, 4 down reverse, 5 up reverse
+  int32_t ejectOptions;  // 1 off, 2 down, 3 up, 4 down reverse, 5 up reverse
   char media[kFeaturesTextSize];
-  int32_t specialPagesA5;        // 0 no, 1 yes
+  int32_t specialPagesA5;  // 0 no, 1 yes
   char punchHoles[kFeaturesTextSize];
   char featuresMediaTypeTab[kFeaturesTextSize];  // "true" or "false"
   char coilPunchFace[kFeaturesTextSize];         // "true" or "false"
-  int32_t specialPagesMediaTab;  // 0 no, 1 yes
+  int32_t specialPagesMediaTab;                  // 0 no, 1 yes
 };
 
 extern FeaturesOptionRecord zpjlOptionFeatures;

@@ -16,13 +16,17 @@ constexpr int32_t kFloatSize = sizeof(float);
 
 }  // namespace
 
+// clang-format off
 const TicketBinding WatermarkticketData[] = {
     {WMARK_KEY("WMARKNameTicket"), psOptionWatermark.name, kWatermarkTextSize, GetTicketString},
     {WMARK_KEY("WMARKOptionsTicket"), &psOptionWatermark.options, kIntSize, GetTicketInteger},
     {WMARK_KEY("WMARKOnlyFirstTicket"), &psOptionWatermark.onlyFirst, kIntSize, GetTicketInteger},
-    {WMARK_KEY("WMARKTextTicket"), psOptionWatermark.text, kWatermarkTextSize, GetTicketStringConvertedToPrtLang},
-    {WMARK_KEY("WMARKOrientationTicket"), &psOptionWatermark.orientation, kIntSize, GetTicketInteger},
-    {WMARK_KEY("WMARKPaperHeightTicket"), &psOptionWatermark.paperHeight, kIntSize, GetTicketInteger},
+    {WMARK_KEY("WMARKTextTicket"), psOptionWatermark.text, kWatermarkTextSize,
+     GetTicketStringConvertedToPrtLang},
+    {WMARK_KEY("WMARKOrientationTicket"), &psOptionWatermark.orientation, kIntSize,
+     GetTicketInteger},
+    {WMARK_KEY("WMARKPaperHeightTicket"), &psOptionWatermark.paperHeight, kIntSize,
+     GetTicketInteger},
     {WMARK_KEY("WMARKPaperWidthTicket"), &psOptionWatermark.paperWidth, kIntSize, GetTicketInteger},
     {WMARK_KEY("WMARKFilePathTicket"), psOptionWatermark.filePath, kWatermarkTextSize,
      GetTicketStringConvertedToPrtLang},
@@ -37,13 +41,16 @@ const TicketBinding WatermarkticketData[] = {
     {WMARK_KEY("WMARKAngleTicket"), &psOptionWatermark.angle, kIntSize, GetTicketInteger},
     {WMARK_KEY("WMARKDensityTicket"), &psOptionWatermark.density, kIntSize, GetTicketInteger},
     {WMARK_KEY("WMARKScaleTicket"), &psOptionWatermark.scale, kFloatSize, GetTicketFloat},
-    {WMARK_KEY("WMARKPosHorizontalTicket"), &psOptionWatermark.posHorizontal, kFloatSize, GetTicketFloat},
-    {WMARK_KEY("WMARKPosVerticalTicket"), &psOptionWatermark.posVertical, kFloatSize, GetTicketFloat},
+    {WMARK_KEY("WMARKPosHorizontalTicket"), &psOptionWatermark.posHorizontal, kFloatSize,
+     GetTicketFloat},
+    {WMARK_KEY("WMARKPosVerticalTicket"), &psOptionWatermark.posVertical, kFloatSize,
+     GetTicketFloat},
     {WMARK_KEY("WMARKWidthTicket"), &psOptionWatermark.width, kFloatSize, GetTicketFloat},
     {WMARK_KEY("WMARKHeightTicket"), &psOptionWatermark.height, kFloatSize, GetTicketFloat},
     {WMARK_KEY("WMARKhOffsetTicket"), &psOptionWatermark.hOffset, kFloatSize, GetTicketFloat},
     {WMARK_KEY("WMARKvOffsetTicket"), &psOptionWatermark.vOffset, kFloatSize, GetTicketFloat},
 };
+// clang-format on
 const int32_t WatermarkticketDataNum = sizeof WatermarkticketData / sizeof WatermarkticketData[0];
 
 #undef WMARK_KEY
@@ -57,8 +64,14 @@ namespace {
 // The injection points the module handles, each with its emission flag.
 // 29 is part of the module's protocol although the pass-through never
 // raises it.
-enum InjectionSlot { kSlotProlog, kSlotPageSetup, kSlotEndPage, kSlotEndPageAlt, kSlotSaveSlot,
-                     kSlotCount };
+enum InjectionSlot {
+  kSlotProlog,
+  kSlotPageSetup,
+  kSlotEndPage,
+  kSlotEndPageAlt,
+  kSlotSaveSlot,
+  kSlotCount
+};
 
 struct EmissionFlags {
   int32_t bToPrint[kSlotCount] = {1, 1, 1, 1, 1};
@@ -71,12 +84,18 @@ EmissionFlags& InjectTextWatermark() {
 
 int SlotOfPoint(int32_t point) {
   switch (point) {
-    case 13: return kSlotProlog;
-    case 24: return kSlotPageSetup;
-    case 27: return kSlotEndPage;
-    case 28: return kSlotEndPageAlt;
-    case 29: return kSlotSaveSlot;
-    default: return -1;
+    case 13:
+      return kSlotProlog;
+    case 24:
+      return kSlotPageSetup;
+    case 27:
+      return kSlotEndPage;
+    case 28:
+      return kSlotEndPageAlt;
+    case 29:
+      return kSlotSaveSlot;
+    default:
+      return -1;
   }
 }
 
@@ -84,9 +103,12 @@ int SlotOfPoint(int32_t point) {
 // graphics state for the text, by the save object each point's page uses.
 const char* OpeningLine(int slot) {
   switch (slot) {
-    case kSlotEndPage: return "pgsave restore /pgsave save store gsave\n";
-    case kSlotEndPageAlt: return "pm restore /pm save store gsave\n";
-    default: return "krfpgsave restore /krfpgsave save store gsave\n";
+    case kSlotEndPage:
+      return "pgsave restore /pgsave save store gsave\n";
+    case kSlotEndPageAlt:
+      return "pm restore /pm save store gsave\n";
+    default:
+      return "krfpgsave restore /krfpgsave save store gsave\n";
   }
 }
 
@@ -95,26 +117,26 @@ float Faded(float component, int32_t density) {
 }
 
 void DrawText(const char* opening, FILE* stream) {
-  const WatermarkOptionRecord& W = psOptionWatermark;
+  const WatermarkOptionRecord& w = psOptionWatermark;
   float x = 0;
   float y = 0;
-  GetWatermarkPostion(&x, &y, W.hOffset, W.vOffset);
+  GetWatermarkPostion(&x, &y, w.hOffset, w.vOffset);
   char line[kWatermarkLineSize];
 
   KZfprintf(stream, opening);
   FormatText(line, sizeof line, "%.2f%c%.2f%c%.2f setrgbcolor\n",
-             static_cast<double>(Faded(W.colorR, W.density)), ' ',
-             static_cast<double>(Faded(W.colorG, W.density)), ' ',
-             static_cast<double>(Faded(W.colorB, W.density)));
+             static_cast<double>(Faded(w.colorR, w.density)), ' ',
+             static_cast<double>(Faded(w.colorG, w.density)), ' ',
+             static_cast<double>(Faded(w.colorB, w.density)));
   KZfprintf(stream, line);
-  FormatText(line, sizeof line, "/%s%c%d selectfont\n", W.font, ' ', W.fontSize);
+  FormatText(line, sizeof line, "/%s%c%d selectfont\n", w.font, ' ', w.fontSize);
   KZfprintf(stream, line);
   FormatText(line, sizeof line, "%.2f%c%.2f moveto\n", static_cast<double>(x), ' ',
              static_cast<double>(y));
   KZfprintf(stream, line);
-  FormatText(line, sizeof line, "%d rotate\n", W.angle);
+  FormatText(line, sizeof line, "%d rotate\n", w.angle);
   KZfprintf(stream, line);
-  FormatText(line, sizeof line, "%s show\n", W.text);
+  FormatText(line, sizeof line, "%s show\n", w.text);
   KZfprintf(stream, line);
   KZfprintf(stream, "grestore\n");
 }
@@ -123,9 +145,9 @@ void DrawText(const char* opening, FILE* stream) {
 
 void WatermarkOutputPSCommandFromFilter(int32_t point, int32_t page, FILE* stream) {
   (void)page;
-  WatermarkOptionRecord& W = psOptionWatermark;
-  if (W.name[0] == '\0' || W.type != 0) return;
-  W.options = 1;
+  WatermarkOptionRecord& w = psOptionWatermark;
+  if (w.name[0] == '\0' || w.type != 0) return;
+  w.options = 1;
 
   int slot = SlotOfPoint(point);
   if (slot < 0) return;
@@ -147,7 +169,7 @@ void WatermarkOutputPSCommandFromFilter(int32_t point, int32_t page, FILE* strea
       DrawText(OpeningLine(slot), stream);
       break;
   }
-  toPrint = W.onlyFirst == 0 ? 1 : 0;
+  toPrint = w.onlyFirst == 0 ? 1 : 0;
 }
 
 void ResetWatermarkState() { InjectTextWatermark() = EmissionFlags(); }
@@ -156,10 +178,10 @@ namespace {
 
 constexpr double kPi = 3.1415926;
 
-// One row of the angle ranges. The text box's half extents, turned by the
-// phase, give a component along the page axes and one across them; each
-// quadrant adds them to the centre with its own signs, swapped for the
-// quadrants where the text runs closer to vertical.
+// One row of the angle ranges. The text box's half extents, turned by what
+// is left of the angle after the row's phase, give one component along the
+// text and one across it; each quarter turn adds them to the centre with its
+// own signs, and the odd quarters exchange the two between x and y.
 struct AngleRange {
   uint32_t low;
   uint32_t high;
@@ -188,25 +210,25 @@ const AngleRange* RangeOf(int32_t angle) {
 }  // namespace
 
 void GetWatermarkPostion(float* x, float* y, float horizontalOffset, float verticalOffset) {
-  const WatermarkOptionRecord& W = psOptionWatermark;
+  const WatermarkOptionRecord& w = psOptionWatermark;
   float cx = 0;
   float cy = 0;
-  const float halfPaperWidth = static_cast<float>(W.paperWidth) / 2;
-  const float halfPaperHeight = static_cast<float>(W.paperHeight) / 2;
-  if (W.orientation == 1 || W.orientation == 3) {
+  const float halfPaperWidth = static_cast<float>(w.paperWidth) / 2;
+  const float halfPaperHeight = static_cast<float>(w.paperHeight) / 2;
+  if (w.orientation == 1 || w.orientation == 3) {
     cx = halfPaperWidth;
     cy = halfPaperHeight;
-  } else if (W.orientation == 2 || W.orientation == 4) {
+  } else if (w.orientation == 2 || w.orientation == 4) {
     cx = halfPaperHeight;
     cy = halfPaperWidth;
   }
 
   float px = 0;
   float py = 0;
-  if (const AngleRange* range = RangeOf(W.angle)) {
-    const double phi = W.angle * kPi / 180 - range->phase;
-    const float hw = W.width / 2;
-    const float hh = W.height / 2;
+  if (const AngleRange* range = RangeOf(w.angle)) {
+    const double phi = w.angle * kPi / 180 - range->phase;
+    const float hw = w.width / 2;
+    const float hh = w.height / 2;
     const double along = std::cos(phi) * hw - std::sin(phi) * hh;
     const double across = std::cos(phi) * hh + std::sin(phi) * hw;
     px = static_cast<float>(cx + range->xSign * (range->swapped ? across : along));

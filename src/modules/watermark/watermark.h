@@ -19,9 +19,9 @@ constexpr int32_t kWatermarkTextSize = 256;
 struct WatermarkOptionRecord {
   char name[kWatermarkTextSize];
   int32_t options;
-  int32_t onlyFirst;  // non-zero: each injection point emits once per job
+  int32_t onlyFirst;              // non-zero: each injection point emits once per job
   char text[kWatermarkTextSize];  // a PostScript string token, drawn as is
-  int32_t orientation;  // 1, 3: width x height page; 2, 4: turned
+  int32_t orientation;            // 1, 3: width x height page; 2, 4: turned
   int32_t paperHeight;
   int32_t paperWidth;
   char filePath[kWatermarkTextSize];
@@ -38,7 +38,7 @@ struct WatermarkOptionRecord {
   float scale;
   float posHorizontal;
   float posVertical;
-  float width;   // extent of the text as the dialog measured it
+  float width;  // extent of the text as the dialog measured it
   float height;
   float hOffset;  // added to the computed start point
   float vOffset;
