@@ -11,6 +11,7 @@
 #include "frame/feature_insertion.h"
 #include "modules/accounting/accounting.h"
 #include "modules/device_settings/device_settings.h"
+#include "modules/features/features.h"
 #include "modules/perfect_binding/perfect_binding.h"
 #include "modules/print_type/print_type.h"
 #include "modules/special_pages/special_pages.h"
@@ -544,6 +545,8 @@ LineCatalog::LineCatalog() {
            JBAFmtTableAdminNum, sealed);
   AddTable(&rows, LineGroup::kAccounting, "JBAFmtTableCommon", JBAFmtTableCommon,
            JBAFmtTableCommonNum, sealed);
+  AddTable(&rows, LineGroup::kFinishing, "FeaturesFmtTable", FeaturesFmtTable,
+           FeaturesFmtTableNum, sealed);
   for (int pass = 0; pass < 2; ++pass) {
     for (const LineTemplate& row : rows) {
       const bool fixed = row.bytes.find(kValueMark) == std::string::npos;

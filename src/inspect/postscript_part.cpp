@@ -179,27 +179,27 @@ struct Scanner {
     const std::string_view middle = At(i + 2);
     for (const BracketedFragment& shape : kBracketed) {
       if (!StartsWith(middle, shape.before)) continue;
+      const std::string_view rest = middle.substr(shape.before.size());
+      const size_t end = rest.find(shape.after);
+      // A line longer than its 100-byte buffer lost its end and line feed,
+      // so the block's next line runs on after it.
+      const bool glued = EndsWith(middle, kBlockEnd);
+      if (end == std::string_view::npos && (!glued || shape.before.empty())) continue;
+      std::string_view value = rest.substr(0, end);
+      if (end == std::string_view::npos) {
+        value = rest.substr(0, rest.find(kBlockEnd));
+        value = value.substr(0, value.find(shape.after.substr(0, 1)));
+      }
+      if (shape.before.empty() && value.find('/') != std::string_view::npos) continue;
       Fragment f;
       f.kind = shape.kind;
       f.line = i + 1;
-      f.lines = 5;
-      std::string_view rest = middle.substr(shape.before.size());
-      size_t end = rest.find(shape.after);
-      if (end == std::string_view::npos) {
-        // The 100-byte line buffer cut the line: its end and line feed are
-        // gone and the next line runs on after it.
-        if (shape.before.empty()) continue;
-        f.complete = false;
-        f.lines = At(i + 3) == kBlockClose ? 4 : 5;
-        size_t glued = rest.find(kBlockEnd);
-        f.details.emplace_back(shape.detail, std::string(rest.substr(0, glued)));
-      } else {
-        if (shape.before.empty() && rest.find('/') < end) continue;
-        std::string value(rest.substr(0, end));
-        if (std::strcmp(shape.kind, "auto-fit") == 0) value = value == "true" ? "on" : "off";
-        f.details.emplace_back(shape.detail, value);
-        f.complete = At(i + 3) == kBlockEnd && At(i + 4) == kBlockClose;
-      }
+      f.lines = glued ? 4 : 5;
+      std::string shown(value);
+      if (std::strcmp(shape.kind, "auto-fit") == 0) shown = shown == "true" ? "on" : "off";
+      f.details.emplace_back(shape.detail, shown);
+      f.complete = !glued && end != std::string_view::npos && At(i + 3) == kBlockEnd &&
+                   At(i + 4) == kBlockClose;
       const size_t taken = f.lines;
       Add(std::move(f));
       return taken;
@@ -242,6 +242,16 @@ PostScriptReport InspectPostScript(std::string_view bytes, size_t offset) {
     if (taken == 0) taken = scanner.WatermarkText(i);
     if (taken == 0) taken = scanner.Bracketed(i);
     i += taken == 0 ? 1 : taken;
+  }
+  // Fragments written one after the other stand before the same line.
+  std::vector<Fragment>& fragments = report.fragments;
+  for (size_t i = fragments.size(); i-- > 1;) {
+    Fragment& earlier = fragments[i - 1];
+    const Fragment& later = fragments[i];
+    if (earlier.anchor.empty() && later.line == earlier.line + earlier.lines &&
+        StartsWith(later.anchor, "before ")) {
+      earlier.anchor = later.anchor;
+    }
   }
   return report;
 }

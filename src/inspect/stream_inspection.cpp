@@ -317,6 +317,8 @@ void Inspector::ReadBody() {
   for (size_t at = body.find(enter); at != std::string_view::npos; at = body.find(enter, at + 1)) {
     if (at == 0 || body[at - 1] == '\n' || body[at - 1] == '\x04') found = at;
   }
+  // Only a header that has its job mode line can be followed by the copy's PostScript.
+  if (!report_.jobModeLine) found = std::string_view::npos;
   if (found == std::string_view::npos) {
     Malformed("no language switch (" + Visible(enter) +
               "): the header runs into " +
