@@ -24,26 +24,13 @@ class Json {
   }
   void Key(const char* key) {
     Separate();
-    String(key);
+    Quote(key);
     out_ += ": ";
     afterKey_ = true;
   }
   void String(const std::string& text) {
     Separate();
-    out_ += '"';
-    for (unsigned char c : text) {
-      if (c == '"' || c == '\\') {
-        out_ += '\\';
-        out_ += static_cast<char>(c);
-      } else if (c < 0x20) {
-        char escaped[8];
-        snprintf(escaped, sizeof escaped, "\\u%04x", c);
-        out_ += escaped;
-      } else {
-        out_ += static_cast<char>(c);
-      }
-    }
-    out_ += '"';
+    Quote(text);
   }
   void Number(size_t value) {
     Separate();
@@ -99,6 +86,25 @@ class Json {
     if (!first_.back()) out_ += ',';
     first_.back() = false;
     NewLine();
+  }
+
+  void Quote(const std::string& raw) {
+    // Whatever a caller passes, the document stays UTF-8.
+    const std::string text = IsValidText(raw, true) ? raw : DisplayText(raw, true);
+    out_ += '"';
+    for (unsigned char c : text) {
+      if (c == '"' || c == '\\') {
+        out_ += '\\';
+        out_ += static_cast<char>(c);
+      } else if (c < 0x20 || c == 0x7F) {
+        char escaped[8];
+        snprintf(escaped, sizeof escaped, "\\u%04x", c);
+        out_ += escaped;
+      } else {
+        out_ += static_cast<char>(c);
+      }
+    }
+    out_ += '"';
   }
 
   std::string out_;

@@ -215,7 +215,7 @@ void Inspector::DescribeLine(HeaderLine* line, bool insertion) {
   line->meaning = insertion ? catalog_.ClassifyInsertionLine(whole)
                             : catalog_.ClassifyHeaderLine(whole);
   line->valueWords = catalog_.ValueWords(line->parsed.name, line->parsed.value);
-  const std::string name = line->parsed.name.empty() ? Visible(line->bytes) : line->parsed.name;
+  const std::string name = Visible(line->parsed.name.empty() ? line->bytes : line->parsed.name);
   if (line->meaning.group == LineGroup::kUnknown) {
     line->problems.push_back(insertion ? "not a line the insertion mode writes"
                                        : "not a line this filter writes");
@@ -320,10 +320,13 @@ void Inspector::ReadBody() {
   // Only a header that has its job mode line can be followed by the copy's PostScript.
   if (!report_.jobModeLine) found = std::string_view::npos;
   if (found == std::string_view::npos) {
-    Malformed("no language switch (" + Visible(enter) +
-              "): the header runs into " +
-              (body.empty() ? std::string("the trailer") : "other bytes") +
-              (body.empty() ? " (the insertion mode writes none when it cannot read the job)" : ""));
+    std::string after = "other bytes";
+    if (body.empty()) {
+      after = report_.trailerOffset
+                  ? "the trailer (the insertion mode writes none when it cannot read the job)"
+                  : "the end of the stream";
+    }
+    Malformed("no language switch (" + Visible(enter) + "): the header runs into " + after);
     if (!body.empty()) report_.postscript = InspectPostScript(body, bodyStart_);
     return;
   }
@@ -355,7 +358,15 @@ void Inspector::ReadBody() {
 
 void Inspector::DecideMode() {
   const PostScriptReport* ps = report_.postscript ? &*report_.postscript : nullptr;
-  if (report_.debugCopyForm || !report_.insertion.empty()) {
+  // The insertion mode's second pass puts the spooled job's unfinished last
+  // line ("%%EOF" for most jobs) in front of the job's first line.
+  size_t held = std::string::npos;
+  if (ps != nullptr && !ps->endOfJobByte && !report_.debugCopyForm &&
+      !StartsWith(ps->firstLine, "%!")) {
+    held = ps->firstLine.find("%!");
+  }
+  if (report_.debugCopyForm || !report_.insertion.empty() ||
+      (held != std::string::npos && held > 0)) {
     report_.mode = StreamMode::kInsertion;
   } else if (ps != nullptr && ps->endOfJobByte) {
     report_.mode = StreamMode::kPassThrough;
@@ -364,12 +375,11 @@ void Inspector::DecideMode() {
   if (ps->size == 0) {
     Note("no PostScript at all: the filter could not read the job's input");
   } else if (!ps->endOfJobByte && report_.mode != StreamMode::kInsertion) {
-    Note("the PostScript does not end with the end-of-job byte 0x04: the job was cancelled, "
-         "or it was made in the PPD-feature insertion mode without PPD feature code");
+    Note("the PostScript does not end with the end-of-job byte 0x04: the job was cancelled");
   }
-  if (report_.mode == StreamMode::kInsertion && !report_.debugCopyForm &&
-      StartsWith(ps->firstLine, "%%EOF") && ps->firstLine.size() > 5) {
-    Note("the first PostScript line begins with \"%%EOF\", the spooled job's unfinished last line");
+  if (held != std::string::npos && held > 0) {
+    Note("the first PostScript line begins with \"" + Visible(ps->firstLine.substr(0, held)) +
+         "\", the spooled job's unfinished last line");
   }
 }
 
