@@ -467,31 +467,39 @@ const char* KindId(LineKind kind) {
   return "other";
 }
 
+namespace {
+
+// Takes the quotes off `text`; a line cut short keeps the name and value it
+// has, so a half field is still known by its name.
+std::string_view Unquote(std::string_view text, bool* quoted, bool* balanced) {
+  const bool opening = !text.empty() && text.front() == '"';
+  if (opening) text.remove_prefix(1);
+  const bool closing = !text.empty() && text.back() == '"';
+  if (closing) text.remove_suffix(1);
+  *quoted = opening && closing;
+  *balanced = opening == closing;
+  return text;
+}
+
+}  // namespace
+
 PJLLine ParsePJLLine(std::string_view text) {
   static constexpr std::string_view kJobAttr = "@PJL SET JOBATTR=";
   static constexpr std::string_view kSet = "@PJL SET ";
   static constexpr std::string_view kComment = "@PJL COMMENT PRINTJOBINFO ";
   static constexpr std::string_view kPJL = "@PJL ";
   PJLLine line;
+  bool balanced = true;
   if (StartsWith(text, kJobAttr)) {
     line.kind = LineKind::kJobAttr;
-    std::string_view rest = text.substr(kJobAttr.size());
-    line.quoted = rest.size() >= 2 && rest.front() == '"' && rest.back() == '"';
-    line.wellFormed = line.quoted && rest[1] == '@';
-    if (line.quoted) rest = rest.substr(1, rest.size() - 2);
-    SplitNameValue(rest, &line);
-    line.wellFormed = line.wellFormed && line.hasValue && line.name.size() == 5;
+    const std::string_view inner = Unquote(text.substr(kJobAttr.size()), &line.quoted, &balanced);
+    SplitNameValue(inner, &line);
+    line.wellFormed = line.quoted && line.hasValue && line.name.size() == 5 && line.name[0] == '@';
   } else if (StartsWith(text, kSet)) {
     line.kind = LineKind::kSet;
     SplitNameValue(text.substr(kSet.size()), &line);
-    const std::string& v = line.value;
-    if (v.size() >= 2 && v.front() == '"' && v.back() == '"') {
-      line.quoted = true;
-      line.value = v.substr(1, v.size() - 2);
-    } else if (!v.empty() && (v.front() == '"' || v.back() == '"')) {
-      line.wellFormed = false;
-    }
-    line.wellFormed = line.wellFormed && line.hasValue;
+    line.value = std::string(Unquote(line.value, &line.quoted, &balanced));
+    line.wellFormed = balanced && line.hasValue;
   } else if (StartsWith(text, kComment)) {
     line.kind = LineKind::kComment;
     SplitNameValue(text.substr(kComment.size()), &line);

@@ -264,6 +264,21 @@ TEST(InspectStream, DebugCopyOfAnInsertionModeJob) {
   EXPECT_TRUE(HasFinding(report, Severity::kNote, "the debug copy of a job in the PPD-feature insertion mode"));
 }
 
+// Wherever a stream is cut, no part of a sealed field's text is shown.
+TEST(InspectStream, ACutSealedFieldIsNeverShown) {
+  std::string field;
+  for (int i = 0; i < 123; ++i) field += "Zm9v";
+  const std::string line = "@PJL SET HOLDENCRYPTKEY=\"" + field + "\"\r\n";
+  const std::string stream = Stream(line + Attr("JOEP", field, "\r\n"));
+  const size_t start = stream.find(field);
+  for (size_t cut = start + 8; cut < stream.size(); cut += 37) {
+    const StreamReport report = Inspect(stream.substr(0, cut));
+    for (const std::string& shown : {RenderText(report, {}), RenderJson(report, {})}) {
+      EXPECT_EQ(shown.find("Zm9vZm9v"), std::string::npos) << cut << "\n" << shown;
+    }
+  }
+}
+
 // A Shift-JIS printer's values show as UTF-8; bytes that are no text are
 // escaped, and control bytes made visible.
 TEST(InspectStream, ValuesShowInTheStreamsEncoding) {
