@@ -112,7 +112,8 @@ int RunInspector(int argc, char* argv[], FILE* out, FILE* err) {
   }
   std::string bytes;
   if (!ReadAll(options.input, &bytes, &error)) {
-    return Usage(err, (options.input ? *options.input : std::string("standard input")) + ": " + error);
+    return Usage(err,
+                 (options.input ? *options.input : std::string("standard input")) + ": " + error);
   }
 
   const StreamReport report = InspectStream(bytes, inspect);
@@ -120,7 +121,8 @@ int RunInspector(int argc, char* argv[], FILE* out, FILE* err) {
   settings.source = options.input ? *options.input : "-";
   settings.keyGiven = options.keyPath.has_value();
   settings.showSecrets = options.showSecrets;
-  const std::string text = options.json ? RenderJson(report, settings) : RenderText(report, settings);
+  const std::string text =
+      options.json ? RenderJson(report, settings) : RenderText(report, settings);
   fwrite(text.data(), 1, text.size(), out);
   fflush(out);
   return report.Malformed() ? kExitMalformed : kExitWellFormed;

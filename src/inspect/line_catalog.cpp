@@ -415,7 +415,8 @@ void AddTable(std::vector<LineTemplate>* templates, LineGroup group, const char*
       known = known || (existing.bytes == bytes && existing.group == group);
     }
     if (known) continue;
-    templates->push_back({group, bytes, sealed, std::string(name) + "[" + std::to_string(row) + "]"});
+    templates->push_back(
+        {group, bytes, sealed, std::string(name) + "[" + std::to_string(row) + "]"});
   }
 }
 
@@ -549,12 +550,12 @@ LineCatalog::LineCatalog() {
            PrintTypeFmtTableNum, sealed);
   AddTable(&rows, LineGroup::kPrintType, "PrintTypeFmtPartTable", PrintTypeFmtPartTable,
            PrintTypeFmtPartTableNum, sealed);
-  AddTable(&rows, LineGroup::kAccounting, "JBAFmtTableAdmin", JBAFmtTableAdmin,
-           JBAFmtTableAdminNum, sealed);
+  AddTable(&rows, LineGroup::kAccounting, "JBAFmtTableAdmin", JBAFmtTableAdmin, JBAFmtTableAdminNum,
+           sealed);
   AddTable(&rows, LineGroup::kAccounting, "JBAFmtTableCommon", JBAFmtTableCommon,
            JBAFmtTableCommonNum, sealed);
-  AddTable(&rows, LineGroup::kFinishing, "FeaturesFmtTable", FeaturesFmtTable,
-           FeaturesFmtTableNum, sealed);
+  AddTable(&rows, LineGroup::kFinishing, "FeaturesFmtTable", FeaturesFmtTable, FeaturesFmtTableNum,
+           sealed);
   for (int pass = 0; pass < 2; ++pass) {
     for (const LineTemplate& row : rows) {
       const bool fixed = row.bytes.find(kValueMark) == std::string::npos;

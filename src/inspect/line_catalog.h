@@ -50,8 +50,8 @@ struct PJLLine {
   std::string name;   // "@JOAU", "HOLD", "DUPLEXTYPE", "JOB MODE"
   std::string value;  // without its quotes
   bool quoted = false;
-  bool hasValue = false;  // "=" present
-  bool wellFormed = true; // quotes where the form needs them
+  bool hasValue = false;   // "=" present
+  bool wellFormed = true;  // quotes where the form needs them
 };
 PJLLine ParsePJLLine(std::string_view text);
 
@@ -68,11 +68,11 @@ struct LineTemplate {
 
 // The envelope's bytes, expanded from the frame's tables.
 struct EnvelopeBytes {
-  std::string uel;             // ESC "%-12345X"
-  std::string jobMode;         // "@PJL JOB MODE=PRINTER" CR LF
-  std::string enterLanguage;   // "@PJL ENTER LANGUAGE=POSTSCRIPT" LF
-  std::string trailer;         // ESC "%-12345X@PJL EOJ" LF
-  std::string encodingLine;    // "@PJL SET STRINGCODESET=UTF8" LF
+  std::string uel;            // ESC "%-12345X"
+  std::string jobMode;        // "@PJL JOB MODE=PRINTER" CR LF
+  std::string enterLanguage;  // "@PJL ENTER LANGUAGE=POSTSCRIPT" LF
+  std::string trailer;        // ESC "%-12345X@PJL EOJ" LF
+  std::string encodingLine;   // "@PJL SET STRINGCODESET=UTF8" LF
 };
 
 // What a line is, as far as the catalog knows.

@@ -94,7 +94,9 @@ struct Scanner {
   const std::vector<Line>& lines;
   PostScriptReport* report;
 
-  std::string_view At(size_t i) const { return i < lines.size() ? lines[i].text : std::string_view(); }
+  std::string_view At(size_t i) const {
+    return i < lines.size() ? lines[i].text : std::string_view();
+  }
 
   // The nearest structural line before `first` and after `last`, for anchors.
   std::string Anchor(size_t first, size_t count) const {

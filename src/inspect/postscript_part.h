@@ -10,17 +10,17 @@
 #include <vector>
 
 struct PageEnd {
-  size_t line;        // 1-based line of the PostScript part
-  std::string kind;   // "ep" or "endp"
-  int page;           // the page it ends
+  size_t line;       // 1-based line of the PostScript part
+  std::string kind;  // "ep" or "endp"
+  int page;          // the page it ends
 };
 
 struct Fragment {
-  std::string kind;    // see FragmentTitle
-  size_t line = 0;     // first line, 1-based
-  size_t lines = 0;    // lines it takes
-  int page = 0;        // watermark text: the page it is drawn on; else 0
-  std::string anchor;  // the structural line it stands at, e.g. "after %%BeginProlog"
+  std::string kind;      // see FragmentTitle
+  size_t line = 0;       // first line, 1-based
+  size_t lines = 0;      // lines it takes
+  int page = 0;          // watermark text: the page it is drawn on; else 0
+  std::string anchor;    // the structural line it stands at, e.g. "after %%BeginProlog"
   bool complete = true;  // false when a line of it was cut or is missing
   std::vector<std::pair<std::string, std::string>> details;  // name, value (stream bytes)
 };

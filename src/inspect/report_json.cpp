@@ -62,11 +62,17 @@ class Json {
   void Member(const char* key, const char* value) = delete;
   void MemberOrNull(const char* key, const std::string& value) {
     Key(key);
-    if (value.empty()) Null(); else String(value);
+    if (value.empty())
+      Null();
+    else
+      String(value);
   }
   void MemberOrNull(const char* key, const std::optional<size_t>& value) {
     Key(key);
-    if (value) Number(*value); else Null();
+    if (value)
+      Number(*value);
+    else
+      Null();
   }
 
   std::string Take() { return out_ + "\n"; }
@@ -122,13 +128,25 @@ void WriteSealed(Json& json, const SealedFieldReport& field, const ReportSetting
   json.Member("blob", field.blob);
   json.MemberOrNull("layout_problem", field.layoutProblem);
   json.Key("aes_mode");
-  if (field.blob) json.Number(field.aesMode); else json.Null();
+  if (field.blob)
+    json.Number(field.aesMode);
+  else
+    json.Null();
   json.Key("key_type");
-  if (field.blob) json.Number(field.keyType); else json.Null();
+  if (field.blob)
+    json.Number(field.keyType);
+  else
+    json.Null();
   json.Key("cipher_bytes");
-  if (field.blob) json.Number(field.cipherLength); else json.Null();
+  if (field.blob)
+    json.Number(field.cipherLength);
+  else
+    json.Null();
   json.Key("wrapped_key_bytes");
-  if (field.blob) json.Number(field.wrappedKeyLength); else json.Null();
+  if (field.blob)
+    json.Number(field.wrappedKeyLength);
+  else
+    json.Null();
   json.Member("digest_matches_builtin", field.blob && field.digestMatches);
   json.Key("opening");
   if (!field.openAttempted) {
@@ -140,7 +158,10 @@ void WriteSealed(Json& json, const SealedFieldReport& field, const ReportSetting
     json.Member("payload_bytes", field.payloadLength);
     json.Member("printable", field.printable);
     json.Key("payload");
-    if (field.opened && settings.showSecrets) json.String(DisplayText(field.payload, utf8)); else json.Null();
+    if (field.opened && settings.showSecrets)
+      json.String(DisplayText(field.payload, utf8));
+    else
+      json.Null();
     json.Close('}');
   }
   json.Close('}');
@@ -155,7 +176,10 @@ void WriteLine(Json& json, const HeaderLine& line, const ReportSettings& setting
   json.Member("name", DisplayText(line.parsed.name, utf8));
   json.MemberOrNull("words", line.meaning.words != nullptr ? line.meaning.words : "");
   json.Key("value");
-  if (line.sealed || !line.parsed.hasValue) json.Null(); else json.String(DisplayText(line.parsed.value, utf8));
+  if (line.sealed || !line.parsed.hasValue)
+    json.Null();
+  else
+    json.String(DisplayText(line.parsed.value, utf8));
   json.Member("quoted", line.parsed.quoted);
   json.MemberOrNull("value_words", line.valueWords);
   json.Member("ending", line.ending);
@@ -164,7 +188,10 @@ void WriteLine(Json& json, const HeaderLine& line, const ReportSettings& setting
   json.MemberOrNull("source", line.meaning.source);
   json.Member("text", ShownLine(line, utf8));
   json.Key("sealed");
-  if (line.sealed) WriteSealed(json, *line.sealed, settings, utf8); else json.Null();
+  if (line.sealed)
+    WriteSealed(json, *line.sealed, settings, utf8);
+  else
+    json.Null();
   json.Key("problems");
   json.Open('[');
   for (const std::string& problem : line.problems) json.String(problem);
@@ -198,12 +225,16 @@ void WritePostScript(Json& json, const PostScriptReport& ps, bool utf8) {
     json.Member("line", fragment.line);
     json.Member("lines", fragment.lines);
     json.Key("page");
-    if (fragment.page > 0) json.Number(static_cast<size_t>(fragment.page)); else json.Null();
+    if (fragment.page > 0)
+      json.Number(static_cast<size_t>(fragment.page));
+    else
+      json.Null();
     json.MemberOrNull("anchor", fragment.anchor);
     json.Member("complete", fragment.complete);
     json.Key("details");
     json.Open('{');
-    for (const auto& [name, value] : fragment.details) json.Member(name.c_str(), DisplayText(value, utf8));
+    for (const auto& [name, value] : fragment.details)
+      json.Member(name.c_str(), DisplayText(value, utf8));
     json.Close('}');
     json.Close('}');
   }
@@ -233,9 +264,15 @@ std::string RenderJson(const StreamReport& report, const ReportSettings& setting
   json.Close(']');
   json.Member("leading_bytes", report.leadingBytes);
   json.Key("encoding_line");
-  if (report.encodingLine) json.Number(report.header[*report.encodingLine].lineNumber); else json.Null();
+  if (report.encodingLine)
+    json.Number(report.header[*report.encodingLine].lineNumber);
+  else
+    json.Null();
   json.Key("job_mode_line");
-  if (report.jobModeLine) json.Number(report.header[*report.jobModeLine].lineNumber); else json.Null();
+  if (report.jobModeLine)
+    json.Number(report.header[*report.jobModeLine].lineNumber);
+  else
+    json.Null();
   json.MemberOrNull("language_switch_offset", report.languageSwitchOffset);
   json.Key("trailer");
   if (!report.trailerOffset) {
@@ -260,13 +297,17 @@ std::string RenderJson(const StreamReport& report, const ReportSettings& setting
   for (const HeaderLine& line : report.insertion) WriteLine(json, line, settings, utf8);
   json.Close(']');
   json.Key("postscript");
-  if (report.postscript) WritePostScript(json, *report.postscript, utf8); else json.Null();
+  if (report.postscript)
+    WritePostScript(json, *report.postscript, utf8);
+  else
+    json.Null();
 
   json.Key("findings");
   json.Open('[');
   for (const Finding& finding : report.findings) {
     json.Open('{');
-    json.Member("severity", std::string(finding.severity == Severity::kMalformed ? "malformed" : "note"));
+    json.Member("severity",
+                std::string(finding.severity == Severity::kMalformed ? "malformed" : "note"));
     json.Member("text", finding.text);
     json.Close('}');
   }

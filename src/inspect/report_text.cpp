@@ -26,7 +26,8 @@ std::string ShownValue(const HeaderLine& line, bool utf8) {
   return value;
 }
 
-void AppendLine(std::string* out, const HeaderLine& line, bool utf8, const ReportSettings& settings) {
+void AppendLine(std::string* out, const HeaderLine& line, bool utf8,
+                const ReportSettings& settings) {
   const std::string indent = "    ";
   std::string text = indent + Pad(line.parsed.name.empty() ? DisplayText(line.bytes, utf8)
                                                            : DisplayText(line.parsed.name, utf8),
@@ -48,12 +49,15 @@ void AppendLine(std::string* out, const HeaderLine& line, bool utf8, const Repor
     *out += continuation + opening + "\n";
   }
   for (const std::string& problem : line.problems) {
-    if (line.sealed && line.sealed->openAttempted && problem == DescribeOpening(*line.sealed)) continue;
+    if (line.sealed && line.sealed->openAttempted && problem == DescribeOpening(*line.sealed))
+      continue;
     *out += continuation + "! " + problem + "\n";
   }
 }
 
-std::string Bytes(size_t count) { return std::to_string(count) + (count == 1 ? " byte" : " bytes"); }
+std::string Bytes(size_t count) {
+  return std::to_string(count) + (count == 1 ? " byte" : " bytes");
+}
 
 void AppendEnvelope(std::string* out, const StreamReport& report) {
   *out += "Envelope\n";
@@ -64,7 +68,8 @@ void AppendEnvelope(std::string* out, const StreamReport& report) {
   }
   *out += "  " + Pad("universal exit language", 26) + (uels.empty() ? "missing" : uels) + "\n";
   if (report.leadingBytes > 0) {
-    *out += "  " + Pad("before it", 26) + Bytes(report.leadingBytes) + " that do not belong there\n";
+    *out +=
+        "  " + Pad("before it", 26) + Bytes(report.leadingBytes) + " that do not belong there\n";
   }
   std::string encoding = report.utf8 ? "UTF-8" : "Shift-JIS (no encoding line)";
   if (report.encodingLine) {
@@ -74,8 +79,11 @@ void AppendEnvelope(std::string* out, const StreamReport& report) {
   std::string jobMode = "missing";
   if (report.jobModeLine) {
     const HeaderLine& line = report.header[*report.jobModeLine];
-    jobMode = "line " + std::to_string(line.lineNumber) + ": " + DisplayText(line.bytes, report.utf8) +
-              (line.ending == "CR LF" ? "  CR LF" : "  " + (line.ending.empty() ? std::string("(no line end)") : line.ending));
+    jobMode = "line " + std::to_string(line.lineNumber) + ": " +
+              DisplayText(line.bytes, report.utf8) +
+              (line.ending == "CR LF"
+                   ? "  CR LF"
+                   : "  " + (line.ending.empty() ? std::string("(no line end)") : line.ending));
   }
   *out += "  " + Pad("job mode", 26) + jobMode + "\n";
   std::string languageSwitch = "missing";
@@ -125,8 +133,8 @@ void AppendLines(std::string* out, const std::vector<HeaderLine>& lines, bool ut
 }
 
 std::string FragmentLine(const Fragment& fragment, bool utf8) {
-  std::string text = "    " + Pad("line " + std::to_string(fragment.line), 12) +
-                     FragmentTitle(fragment.kind);
+  std::string text =
+      "    " + Pad("line " + std::to_string(fragment.line), 12) + FragmentTitle(fragment.kind);
   if (fragment.page > 0) text += " on page " + std::to_string(fragment.page);
   if (!fragment.anchor.empty()) text += ", " + fragment.anchor;
   std::string details;
@@ -174,8 +182,9 @@ std::string RenderText(const StreamReport& report, const ReportSettings& setting
   out += "\n";
   AppendLines(&out, report.header, utf8, settings, report);
   if (!report.insertion.empty()) {
-    out += "\nPJL from PPD feature code (insertion mode): " + std::to_string(report.insertion.size()) +
-           (report.insertion.size() == 1 ? " line\n" : " lines\n");
+    out +=
+        "\nPJL from PPD feature code (insertion mode): " + std::to_string(report.insertion.size()) +
+        (report.insertion.size() == 1 ? " line\n" : " lines\n");
     AppendLines(&out, report.insertion, utf8, settings, report);
   }
   if (report.postscript) {
@@ -185,8 +194,9 @@ std::string RenderText(const StreamReport& report, const ReportSettings& setting
   out += "\nFindings\n";
   if (report.findings.empty()) out += "  none\n";
   for (const Finding& finding : report.findings) {
-    out += std::string("  ") + (finding.severity == Severity::kMalformed ? "malformed: " : "note: ") +
-           finding.text + "\n";
+    out += std::string("  ") +
+           (finding.severity == Severity::kMalformed ? "malformed: " : "note: ") + finding.text +
+           "\n";
   }
   return out;
 }

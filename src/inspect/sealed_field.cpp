@@ -33,8 +33,8 @@ bool StrictBase64(std::string_view text) {
 // Checks the layout and fills the header fields; false with the reason.
 bool ReadLayout(const std::vector<uint8_t>& blob, SealedFieldReport* report) {
   if (blob.size() < kSecBlobHeaderLength) {
-    report->layoutProblem = "shorter than the " + std::to_string(kSecBlobHeaderLength) +
-                            "-byte blob header";
+    report->layoutProblem =
+        "shorter than the " + std::to_string(kSecBlobHeaderLength) + "-byte blob header";
     return false;
   }
   if (blob[0] != kSecBlobMagic[0] || blob[1] != kSecBlobMagic[1]) {
@@ -66,7 +66,8 @@ bool ReadLayout(const std::vector<uint8_t>& blob, SealedFieldReport* report) {
                             " bytes, the blob has " + std::to_string(blob.size());
     return false;
   }
-  const uint64_t fixed = uint64_t{kSecBlobHeaderLength} + ivLength + tagLength + report->cipherLength;
+  const uint64_t fixed =
+      uint64_t{kSecBlobHeaderLength} + ivLength + tagLength + report->cipherLength;
   if (fixed >= report->totalLength) {
     report->layoutProblem = "no room for a wrapped key";
     return false;
@@ -106,8 +107,8 @@ bool Open(const std::vector<uint8_t>& blob, const OpeningKey& key, bool utf8,
   const uint8_t* cipher = iv + kSecBlobCbcIvLength;
   std::vector<uint8_t> contentKey;
   CryptoError error;
-  if (!CryptoRsaOaepSha256Decrypt(key.privateKeyPem, wrapped, report->wrappedKeyLength,
-                                  &contentKey, &error)) {
+  if (!CryptoRsaOaepSha256Decrypt(key.privateKeyPem, wrapped, report->wrappedKeyLength, &contentKey,
+                                  &error)) {
     report->openError = "the wrapped key does not open with this key: " + error.description;
     return false;
   }
@@ -121,9 +122,9 @@ bool Open(const std::vector<uint8_t>& blob, const OpeningKey& key, bool utf8,
   }
   std::vector<uint8_t> plain(report->cipherLength);
   size_t plainLength = 0;
-  const int32_t status = CryptoAesCbcDecrypt(aesKey, sizeof aesKey, iv, cipher,
-                                             report->cipherLength, plain.data(), plain.size(),
-                                             &plainLength);
+  const int32_t status =
+      CryptoAesCbcDecrypt(aesKey, sizeof aesKey, iv, cipher, report->cipherLength, plain.data(),
+                          plain.size(), &plainLength);
   CryptoCleanse(aesKey, sizeof aesKey);
   if (status != kCipherSuccess) {
     CryptoCleanse(plain.data(), plain.size());

@@ -11,16 +11,16 @@
 
 struct SealedFieldReport {
   size_t characters = 0;
-  bool base64 = false;       // alphabet, "=" padding, a multiple of 4 characters
-  size_t blobBytes = 0;      // decoded length
-  bool blob = false;         // the bytes have the blob's layout
-  std::string layoutProblem; // why not, when base64 but not a blob
+  bool base64 = false;        // alphabet, "=" padding, a multiple of 4 characters
+  size_t blobBytes = 0;       // decoded length
+  bool blob = false;          // the bytes have the blob's layout
+  std::string layoutProblem;  // why not, when base64 but not a blob
   uint32_t aesMode = 0;
   uint32_t keyType = 0;
   uint32_t cipherLength = 0;
   uint32_t totalLength = 0;
   uint32_t wrappedKeyLength = 0;
-  bool reservedZero = true;  // bytes 12..15
+  bool reservedZero = true;    // bytes 12..15
   bool digestMatches = false;  // the blob's key digest is the built-in one for its key type
 
   // With a private key.
@@ -28,8 +28,8 @@ struct SealedFieldReport {
   bool opened = false;
   std::string openError;
   size_t payloadLength = 0;
-  bool printable = false;    // no control bytes, valid text in the stream's encoding
-  std::string payload;       // kept only when asked for
+  bool printable = false;  // no control bytes, valid text in the stream's encoding
+  std::string payload;     // kept only when asked for
 };
 
 struct OpeningKey {

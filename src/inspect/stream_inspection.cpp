@@ -25,6 +25,11 @@ RawLine NextLine(std::string_view bytes, size_t at) {
   return {at, bytes.substr(at, lf - at), bytes.substr(lf, 1)};
 }
 
+// The line with the end it had in the stream.
+std::string Whole(const HeaderLine& line) {
+  return line.bytes + (line.ending == "CR LF" ? "\r\n" : line.ending == "LF" ? "\n" : "");
+}
+
 std::string EndingName(std::string_view ending) {
   if (ending == "\r\n") return "CR LF";
   if (ending == "\n") return "LF";
@@ -154,11 +159,12 @@ void Inspector::CheckEnvelopeLines() {
   size_t next = 0;
   for (size_t i = 0; i < report_.header.size(); ++i) {
     HeaderLine& line = report_.header[i];
-    const std::string whole = line.bytes + (line.ending == "CR LF" ? "\r\n" : line.ending == "LF" ? "\n" : "");
+    const std::string whole = Whole(line);
     if (line.parsed.kind == LineKind::kSet && line.parsed.name == "STRINGCODESET") {
       report_.encodingLine = i;
       report_.utf8 = true;
-      if (whole != encoding) Note(LineName(line) + ": the encoding line is not \"" + Visible(encoding) + "\"");
+      if (whole != encoding)
+        Note(LineName(line) + ": the encoding line is not \"" + Visible(encoding) + "\"");
       if (i != 0) Note(LineName(line) + ": the encoding line is not the first line of the header");
     } else if (line.parsed.kind == LineKind::kCommand && line.parsed.name == "JOB MODE") {
       if (report_.jobModeLine) continue;
@@ -184,14 +190,13 @@ void Inspector::SplitOffInsertion() {
   size_t start = end;
   for (size_t i = 0; i < end; ++i) {
     const HeaderLine& line = report_.header[i];
-    const std::string whole = line.bytes + (line.ending == "CR LF" ? "\r\n" : "\n");
+    const std::string whole = Whole(line);
     if (catalog_.OnlyInInsertionMode(whole)) {
       start = i;
       break;
     }
     const LineClass header = catalog_.ClassifyHeaderLine(whole);
-    const bool derivable =
-        catalog_.ClassifyInsertionLine(whole).group == LineGroup::kInsertion;
+    const bool derivable = catalog_.ClassifyInsertionLine(whole).group == LineGroup::kInsertion;
     if (derivable && line.parsed.name == "ECONOMODE") {
       // The header's toner-saver line is always followed by the reduction rate.
       const bool rateFollows = i + 1 < end && report_.header[i + 1].parsed.name == "REDUCTIONRATE";
@@ -210,10 +215,9 @@ void Inspector::SplitOffInsertion() {
 }
 
 void Inspector::DescribeLine(HeaderLine* line, bool insertion) {
-  const std::string whole =
-      line->bytes + (line->ending == "CR LF" ? "\r\n" : line->ending == "LF" ? "\n" : "");
-  line->meaning = insertion ? catalog_.ClassifyInsertionLine(whole)
-                            : catalog_.ClassifyHeaderLine(whole);
+  const std::string whole = Whole(*line);
+  line->meaning =
+      insertion ? catalog_.ClassifyInsertionLine(whole) : catalog_.ClassifyHeaderLine(whole);
   line->valueWords = catalog_.ValueWords(line->parsed.name, line->parsed.value);
   const std::string name = Visible(line->parsed.name.empty() ? line->bytes : line->parsed.name);
   if (line->meaning.group == LineGroup::kUnknown) {
@@ -223,9 +227,9 @@ void Inspector::DescribeLine(HeaderLine* line, bool insertion) {
     if (!line->meaning.expectedEnding.empty() && line->ending != line->meaning.expectedEnding &&
         line->meaning.expectedEnding.find(line->ending.empty() ? "?" : line->ending) ==
             std::string::npos) {
-      line->problems.push_back("ends in " + (line->ending.empty() ? std::string("nothing") : line->ending) +
-                               "; the filter ends " + name + " in " +
-                               line->meaning.expectedEnding);
+      line->problems.push_back("ends in " +
+                               (line->ending.empty() ? std::string("nothing") : line->ending) +
+                               "; the filter ends " + name + " in " + line->meaning.expectedEnding);
     } else {
       line->problems.push_back("not in the form the filter writes " + name + " in");
     }
@@ -237,7 +241,8 @@ void Inspector::DescribeLine(HeaderLine* line, bool insertion) {
       line->problems.push_back(DescribeSealedField(field) +
                                " (a password the filter could not open and passed on as it was?)");
     } else if (!field.digestMatches) {
-      line->problems.push_back("the sealed field names a recipient key other than the built-in one");
+      line->problems.push_back(
+          "the sealed field names a recipient key other than the built-in one");
     }
     if (field.openAttempted && !field.opened) line->problems.push_back(DescribeOpening(field));
   }
@@ -291,15 +296,16 @@ void Inspector::ReadTrailer() {
     report_.trailingBytes = rest.size() - trailer.size();
     bodyEnd_ = last;
     if (report_.trailingBytes > 0) {
-      Malformed(Plural(report_.trailingBytes, "byte", "bytes") + " after the trailer: " +
-                Visible(rest.substr(trailer.size())));
+      Malformed(Plural(report_.trailingBytes, "byte", "bytes") +
+                " after the trailer: " + Visible(rest.substr(trailer.size())));
     }
   } else if (StartsWith(trailer, rest)) {
     report_.trailerOffset = last;
     bodyEnd_ = last;
     Malformed("the trailer is cut short: " + Visible(rest) + " instead of " + Visible(trailer));
   } else {
-    Malformed("no trailer (" + Visible(trailer) + "): the stream is cut short, or the job was not finished");
+    Malformed("no trailer (" + Visible(trailer) +
+              "): the stream is cut short, or the job was not finished");
   }
 }
 
@@ -346,8 +352,9 @@ void Inspector::ReadBody() {
     at += raw.size();
     ++lineNumber;
   }
-  Note("the PostScript comes before the language switch, with the derived PJL among its lines: "
-       "the debug copy of a job in the PPD-feature insertion mode");
+  Note(
+      "the PostScript comes before the language switch, with the derived PJL among its lines: "
+      "the debug copy of a job in the PPD-feature insertion mode");
   const std::string_view after = body.substr(found + enter.size());
   if (!after.empty()) {
     Note(Plural(after.size(), "byte", "bytes") + " between the language switch and the trailer");
@@ -394,15 +401,18 @@ StreamReport Inspector::Run() {
     report_.uelOffsets.push_back(at);
   }
   if (report_.uelOffsets.empty()) {
-    Malformed("no universal exit language (" + Visible(uel) + ") anywhere: not a print stream of this filter");
+    Malformed("no universal exit language (" + Visible(uel) +
+              ") anywhere: not a print stream of this filter");
     return report_;
   }
   report_.leadingBytes = report_.uelOffsets.front();
   // The encoding decides how text shows; look for its line before anything is shown.
-  report_.utf8 = bytes_.find(env_.encodingLine, report_.leadingBytes) == report_.leadingBytes + uel.size();
+  report_.utf8 =
+      bytes_.find(env_.encodingLine, report_.leadingBytes) == report_.leadingBytes + uel.size();
   if (report_.leadingBytes > 0) {
-    Malformed(Plural(report_.leadingBytes, "byte", "bytes") +
-              " before the universal exit language: " + Visible(bytes_.substr(0, report_.leadingBytes)));
+    Malformed(
+        Plural(report_.leadingBytes, "byte", "bytes") +
+        " before the universal exit language: " + Visible(bytes_.substr(0, report_.leadingBytes)));
   }
   ReadHeader();
   if (report_.header.empty()) {

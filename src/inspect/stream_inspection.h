@@ -33,7 +33,7 @@ struct HeaderLine {
   std::string ending;     // "LF", "CR LF", or "" when the stream ends first
   PJLLine parsed;
   LineClass meaning;
-  std::string valueWords;  // plain words for the value, if any
+  std::string valueWords;                   // plain words for the value, if any
   std::optional<SealedFieldReport> sealed;  // a non-empty sealed password field
   std::vector<std::string> problems;
 };
@@ -52,13 +52,13 @@ struct StreamReport {
   bool debugCopyForm = false;  // PostScript mirrored before the language switch
 
   std::vector<size_t> uelOffsets;
-  size_t leadingBytes = 0;       // before the first universal exit language
-  std::optional<size_t> encodingLine;    // index into `header`
-  std::optional<size_t> jobModeLine;     // index into `header`
+  size_t leadingBytes = 0;             // before the first universal exit language
+  std::optional<size_t> encodingLine;  // index into `header`
+  std::optional<size_t> jobModeLine;   // index into `header`
   std::optional<size_t> languageSwitchOffset;
   std::optional<size_t> trailerOffset;
   bool trailerComplete = false;
-  size_t trailingBytes = 0;      // after the trailer
+  size_t trailingBytes = 0;           // after the trailer
   std::string jobInformationVersion;  // "1.3.0", "1.5.0" or ""
 
   std::vector<HeaderLine> header;     // from the first line to the language switch

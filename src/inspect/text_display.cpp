@@ -64,9 +64,8 @@ void Walk(std::string_view bytes, bool utf8, Visit visit) {
 
 bool IsValidText(std::string_view bytes, bool utf8) {
   bool valid = true;
-  Walk(bytes, utf8, [&](const std::string&, unsigned char byte, bool ok) {
-    valid = valid && ok && byte != 0;
-  });
+  Walk(bytes, utf8,
+       [&](const std::string&, unsigned char byte, bool ok) { valid = valid && ok && byte != 0; });
   return valid;
 }
 

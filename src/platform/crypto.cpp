@@ -238,8 +238,8 @@ bool CryptoCheckRsaPrivateKey(const std::string& privateKeyPem, CryptoError* err
   return ReadRsaPrivateKey(privateKeyPem, error) != nullptr;
 }
 
-bool CryptoRsaOaepSha256Decrypt(const std::string& privateKeyPem, const void* in,
-                                size_t inLength, std::vector<uint8_t>* out, CryptoError* error) {
+bool CryptoRsaOaepSha256Decrypt(const std::string& privateKeyPem, const void* in, size_t inLength,
+                                std::vector<uint8_t>* out, CryptoError* error) {
   out->clear();
   *error = CryptoError();
   if (in == nullptr || inLength == 0 || inLength > kMaxLibraryLength) {

@@ -48,8 +48,8 @@ bool CryptoRsaOaepSha256Encrypt(const uint8_t* spkiDer, size_t derLength, const 
 // success fills `out` with the plain bytes. On failure (a key that is not an
 // RSA private key, a ciphertext that does not decrypt under it) fills `error`
 // and leaves `out` empty.
-bool CryptoRsaOaepSha256Decrypt(const std::string& privateKeyPem, const void* in,
-                                size_t inLength, std::vector<uint8_t>* out, CryptoError* error);
+bool CryptoRsaOaepSha256Decrypt(const std::string& privateKeyPem, const void* in, size_t inLength,
+                                std::vector<uint8_t>* out, CryptoError* error);
 
 // True when `privateKeyPem` holds an RSA private key the decryption takes;
 // otherwise the reason is in `error`.

@@ -3,14 +3,13 @@
 // attribute, page and inserted fragment the job asked for, in the JSON
 // schema it documents. Broken streams must be reported as malformed, and
 // usage errors as such.
+#include <cups/ppd.h>
 #include <dirent.h>
 
 #include <algorithm>
 #include <map>
 #include <string>
 #include <vector>
-
-#include <cups/ppd.h>
 
 #include "filter_runner.h"
 #include "frame/ppd_queries.h"
@@ -32,8 +31,8 @@ std::string Key(const std::string& suffix, const std::string& value) {
 struct Want {
   LineGroup group;
   const char* name;
-  const char* value;             // nullptr: any value
-  const char* opens = nullptr;   // a sealed field: the payload the test key opens it to
+  const char* value;            // nullptr: any value
+  const char* opens = nullptr;  // a sealed field: the payload the test key opens it to
 };
 
 struct RoundTrip {
@@ -106,16 +105,18 @@ TEST_P(InspectRoundTrip, ReportsWhatTheJobAskedFor) {
   EXPECT_FALSE(report.Malformed()) << Findings(report) << Visible(run.out);
 
   for (const HeaderLine& line : report.header) {
-    EXPECT_NE(line.meaning.group, LineGroup::kUnknown) << line.lineNumber << ": " << line.parsed.name;
+    EXPECT_NE(line.meaning.group, LineGroup::kUnknown)
+        << line.lineNumber << ": " << line.parsed.name;
     EXPECT_TRUE(line.problems.empty()) << line.parsed.name << ": " << line.problems.front();
     EXPECT_NE(line.meaning.words, nullptr) << line.parsed.name;
   }
   size_t next = 0;
   for (const Want& want : c.header) {
-    auto found = std::find_if(report.header.begin() + static_cast<std::ptrdiff_t>(next),
-                              report.header.end(), [&](const HeaderLine& line) {
-                                return line.parsed.name == want.name && line.meaning.group == want.group;
-                              });
+    auto found =
+        std::find_if(report.header.begin() + static_cast<std::ptrdiff_t>(next), report.header.end(),
+                     [&](const HeaderLine& line) {
+                       return line.parsed.name == want.name && line.meaning.group == want.group;
+                     });
     ASSERT_NE(found, report.header.end()) << want.name << " (in order)\n" << Visible(run.out);
     next = static_cast<size_t>(found - report.header.begin()) + 1;
     if (want.opens != nullptr) {
@@ -166,12 +167,13 @@ const std::string kOwner = StoredPasswordText("pw100");
 const std::string kBox = StoredPasswordText("0042");
 
 const std::string kWatermark =
-    Key("WMARKNameTicket", "Draft") + Key("WMARKTypeTicket", "0") + Key("WMARKTextTicket", "(DRAFT)") +
-    Key("WMARKFontTicket", "Courier") + Key("WMARKFontSizeTicket", "48") +
-    Key("WMARKOrientationTicket", "1") + Key("WMARKPaperWidthTicket", "612") +
-    Key("WMARKPaperHeightTicket", "792") + Key("WMARKAngleTicket", "45") +
-    Key("WMARKDensityTicket", "50") + Key("WMARKOnlyFirstTicket", "0") +
-    Key("WMARKWidthTicket", "200") + Key("WMARKHeightTicket", "20");
+    Key("WMARKNameTicket", "Draft") + Key("WMARKTypeTicket", "0") +
+    Key("WMARKTextTicket", "(DRAFT)") + Key("WMARKFontTicket", "Courier") +
+    Key("WMARKFontSizeTicket", "48") + Key("WMARKOrientationTicket", "1") +
+    Key("WMARKPaperWidthTicket", "612") + Key("WMARKPaperHeightTicket", "792") +
+    Key("WMARKAngleTicket", "45") + Key("WMARKDensityTicket", "50") +
+    Key("WMARKOnlyFirstTicket", "0") + Key("WMARKWidthTicket", "200") +
+    Key("WMARKHeightTicket", "20");
 
 // PostScript with PPD feature code, for the insertion mode.
 const std::string kFeatureJob =
@@ -185,32 +187,33 @@ using G = LineGroup;
 INSTANTIATE_TEST_SUITE_P(
     Jobs, InspectRoundTrip,
     ::testing::Values(
-        RoundTrip{"SecurePrintWithAccounting",
-                  "ppd/modules-utf8.ppd",
-                  Key("PrintTypeTicketKey", "2") + Key("PrintTypeUserNameTicketKey", "alice") +
-                      Key("PrintTypePasswordTicketKey", kHold) + Key("DocumentNameTypeTicketKey", "1") +
-                      Key("JBAManageTypeListTicketKey", "2") + Key("JBAUserSettingRadioBtnTicket", "1") +
-                      Key("JBAUserIDListCtrlTicket", "2") + Key("JBAUserIDTextEditTicket", "u100") +
-                      Key("JBAUserPasswordTextEditTicket", kOwner) +
-                      Key("JBAAccountIDTextEditTicket", "acct7") + Key("JBAInfoListTicketKey", "0"),
-                  {{G::kEnvelope, "STRINGCODESET", "UTF8"},
-                   {G::kEnvelope, "JOB MODE", "PRINTER"},
-                   {G::kPrintType, "HOLD", "STORE"},
-                   {G::kPrintType, "HOLDTYPE", "PRIVATE"},
-                   {G::kPrintType, "USERNAME", "alice"},
-                   {G::kPrintType, "HOLDENCRYPTKEY", nullptr, "quokka"},
-                   {G::kPrintType, "JOBNAME", "Quarterly report"},
-                   {G::kAccounting, "@CNAM", nullptr},
-                   {G::kAccounting, "@LUNA", "alice"},
-                   {G::kAccounting, "@NLPP", nullptr},
-                   {G::kAccounting, "@JOAU", "u100"},
-                   {G::kAccounting, "@JOEP", nullptr, "pw100"},
-                   {G::kAccounting, "@DAID", "acct7"},
-                   {G::kAccounting, "@ACNA", "Quarterly report"},
-                   {G::kEnvelope, "ENTER LANGUAGE", "POSTSCRIPT"}},
-                  {},
-                  2,
-                  {}},
+        RoundTrip{
+            "SecurePrintWithAccounting",
+            "ppd/modules-utf8.ppd",
+            Key("PrintTypeTicketKey", "2") + Key("PrintTypeUserNameTicketKey", "alice") +
+                Key("PrintTypePasswordTicketKey", kHold) + Key("DocumentNameTypeTicketKey", "1") +
+                Key("JBAManageTypeListTicketKey", "2") + Key("JBAUserSettingRadioBtnTicket", "1") +
+                Key("JBAUserIDListCtrlTicket", "2") + Key("JBAUserIDTextEditTicket", "u100") +
+                Key("JBAUserPasswordTextEditTicket", kOwner) +
+                Key("JBAAccountIDTextEditTicket", "acct7") + Key("JBAInfoListTicketKey", "0"),
+            {{G::kEnvelope, "STRINGCODESET", "UTF8"},
+             {G::kEnvelope, "JOB MODE", "PRINTER"},
+             {G::kPrintType, "HOLD", "STORE"},
+             {G::kPrintType, "HOLDTYPE", "PRIVATE"},
+             {G::kPrintType, "USERNAME", "alice"},
+             {G::kPrintType, "HOLDENCRYPTKEY", nullptr, "quokka"},
+             {G::kPrintType, "JOBNAME", "Quarterly report"},
+             {G::kAccounting, "@CNAM", nullptr},
+             {G::kAccounting, "@LUNA", "alice"},
+             {G::kAccounting, "@NLPP", nullptr},
+             {G::kAccounting, "@JOAU", "u100"},
+             {G::kAccounting, "@JOEP", nullptr, "pw100"},
+             {G::kAccounting, "@DAID", "acct7"},
+             {G::kAccounting, "@ACNA", "Quarterly report"},
+             {G::kEnvelope, "ENTER LANGUAGE", "POSTSCRIPT"}},
+            {},
+            2,
+            {}},
         RoundTrip{"MailboxOnALegacyPrinter",
                   "ppd/legacy-mono.ppd",
                   Key("PrintTypeTicketKey", "5") + Key("PrintTypeMBNTicketKey", "12") +
@@ -242,8 +245,8 @@ INSTANTIATE_TEST_SUITE_P(
         RoundTrip{"FinishingWithSeparatorPagesAndAutoFit",
                   "ppd/modules-utf8.ppd",
                   Key("TabMarginSwitchTicket", "1") + Key("TabMarginMMShiftTicket", "12") +
-                      Key("NumInSequenceSwitchTicket", "1") + Key("NumInSequenceLArrowTicket", "5") +
-                      Key("OffsetStackingListTicket", "4") +
+                      Key("NumInSequenceSwitchTicket", "1") +
+                      Key("NumInSequenceLArrowTicket", "5") + Key("OffsetStackingListTicket", "4") +
                       Key("OffsetStackingPagesLArrowTicket", "10") +
                       Key("EjectOptionsListTicket", "3") + Key("SeparatorPageListTicket", "2") +
                       Key("SeparatorPageTicket", "1") + Key("BookletMarginSwitchTicket", "1") +
@@ -338,11 +341,13 @@ TEST(InspectEveryPrinter, RichJobOnEveryFixturePPD) {
       Key("ZPIFCoverValueTicket_0", "0,0,print-front") + kWatermark +
       " KRPBindPosition=BindLeft KRPBindTrimming=None KRTonerSaver=Mode1 KRSignature=None";
   std::vector<std::string> ppds;
-  for (const std::string& dir : {std::string(ZPJL_FIXTURES) + "/ppd", std::string(ZPJL_SOURCE_DIR) + "/ppd"}) {
+  for (const std::string& dir :
+       {std::string(ZPJL_FIXTURES) + "/ppd", std::string(ZPJL_SOURCE_DIR) + "/ppd"}) {
     if (DIR* d = opendir(dir.c_str())) {
       while (dirent* entry = readdir(d)) {
         const std::string name = entry->d_name;
-        if (name.size() > 4 && name.compare(name.size() - 4, 4, ".ppd") == 0) ppds.push_back(dir + "/" + name);
+        if (name.size() > 4 && name.compare(name.size() - 4, 4, ".ppd") == 0)
+          ppds.push_back(dir + "/" + name);
       }
       closedir(d);
     }
@@ -367,7 +372,8 @@ TEST(InspectEveryPrinter, RichJobOnEveryFixturePPD) {
     EXPECT_EQ(report.mode, insertion ? StreamMode::kInsertion : StreamMode::kPassThrough) << path;
     for (const Finding& finding : report.findings) {
       // The insertion mode's held-back last line is the only remark.
-      EXPECT_TRUE(insertion && finding.text.find("%%EOF") != std::string::npos) << path << ": " << finding.text;
+      EXPECT_TRUE(insertion && finding.text.find("%%EOF") != std::string::npos)
+          << path << ": " << finding.text;
     }
     EXPECT_EQ(report.SealedFields(), 2) << path;
     for (const HeaderLine& line : report.header) {
@@ -378,7 +384,8 @@ TEST(InspectEveryPrinter, RichJobOnEveryFixturePPD) {
     ASSERT_TRUE(report.postscript) << path;
     EXPECT_EQ(report.postscript->pages, 2) << path;
     int texts = 0;
-    for (const Fragment& fragment : report.postscript->fragments) texts += fragment.kind == "watermark-text";
+    for (const Fragment& fragment : report.postscript->fragments)
+      texts += fragment.kind == "watermark-text";
     EXPECT_EQ(texts, 2) << path;
   }
 }
@@ -397,10 +404,12 @@ TEST(InspectCommand, BrokenStreamsAreMalformed) {
     const char* says;
   } kCases[] = {
       {"whole", good, kExitWellFormed, "well-formed"},
-      {"cut in the PostScript", good.substr(0, trailer - 40), kExitMalformed, "malformed: no trailer"},
+      {"cut in the PostScript", good.substr(0, trailer - 40), kExitMalformed,
+       "malformed: no trailer"},
       {"cut in the header", good.substr(0, 60), kExitMalformed, "malformed: no language switch"},
       {"missing trailer", good.substr(0, trailer), kExitMalformed, "malformed: no trailer"},
-      {"trailer cut short", good.substr(0, good.size() - 4), kExitMalformed, "malformed: the trailer is cut short"},
+      {"trailer cut short", good.substr(0, good.size() - 4), kExitMalformed,
+       "malformed: the trailer is cut short"},
       {"empty", "", kExitMalformed, "malformed: the stream is empty"},
   };
   for (const auto& c : kCases) {
@@ -410,7 +419,8 @@ TEST(InspectCommand, BrokenStreamsAreMalformed) {
     FilterRun json = RunInspector({"--json", "-"}, c.bytes);
     EXPECT_EQ(json.status, c.status) << c.name;
     EXPECT_NE(json.out.find(c.status == 0 ? "\"well_formed\": true" : "\"well_formed\": false"),
-              std::string::npos) << c.name;
+              std::string::npos)
+        << c.name;
     const std::string problem = SchemaProblem(json.out);
     if (problem != "skip") {
       EXPECT_EQ(problem, "") << c.name << "\n" << json.out;
@@ -449,35 +459,44 @@ TEST(InspectCommand, UsageErrors) {
 
 // A sealed field shows its form; its text never; its payload only when asked.
 TEST(InspectCommand, SealedFieldsOpenOnlyAsFarAsAsked) {
-  FilterRun run = RunJob("ppd/modules-utf8.ppd",
-                         Key("PrintTypeTicketKey", "2") + Key("PrintTypeUserNameTicketKey", "alice") +
-                             Key("PrintTypePasswordTicketKey", kHold),
-                         "");
+  FilterRun run =
+      RunJob("ppd/modules-utf8.ppd",
+             Key("PrintTypeTicketKey", "2") + Key("PrintTypeUserNameTicketKey", "alice") +
+                 Key("PrintTypePasswordTicketKey", kHold),
+             "");
   ASSERT_EQ(run.status, 0);
   const size_t from = run.out.find("HOLDENCRYPTKEY=\"") + 16;
   const std::string field = run.out.substr(from, run.out.find('"', from) - from);
   ASSERT_EQ(field.size(), 492u);
   const std::string form =
-      "sealed, 492 characters, blob 368 bytes, key type 0, digest matches the built-in recipient key";
+      "sealed, 492 characters, blob 368 bytes, key type 0, digest matches the built-in recipient "
+      "key";
   const struct {
     std::vector<std::string> args;
     std::vector<std::string> shows;
     std::vector<std::string> hides;
   } kCases[] = {
       {{}, {form}, {"opens", "quokka"}},
-      {{"--key", TestPrivateKeyPath2048()}, {form, "opens: payload 6 bytes, printable"}, {"quokka"}},
+      {{"--key", TestPrivateKeyPath2048()},
+       {form, "opens: payload 6 bytes, printable"},
+       {"quokka"}},
       {{"--key", TestPrivateKeyPath2048(), "--show-secrets"}, {form, "payload \"quokka\""}, {}},
-      {{"--key", TestPrivateKeyPath3072()}, {form, "does not open: the wrapped key does not open"},
+      {{"--key", TestPrivateKeyPath3072()},
+       {form, "does not open: the wrapped key does not open"},
        {"quokka"}},
-      {{"--json", "--key", TestPrivateKeyPath2048()}, {"\"payload_bytes\": 6", "\"payload\": null"},
+      {{"--json", "--key", TestPrivateKeyPath2048()},
+       {"\"payload_bytes\": 6", "\"payload\": null"},
        {"quokka"}},
-      {{"--json", "--key", TestPrivateKeyPath2048(), "--show-secrets"}, {"\"payload\": \"quokka\""}, {}},
+      {{"--json", "--key", TestPrivateKeyPath2048(), "--show-secrets"},
+       {"\"payload\": \"quokka\""},
+       {}},
   };
   for (const auto& c : kCases) {
     FilterRun inspected = RunInspector(c.args, run.out);
     EXPECT_EQ(inspected.status, kExitWellFormed) << inspected.err;
     EXPECT_EQ(inspected.out.find(field), std::string::npos) << "the field's text is shown";
-    EXPECT_EQ(inspected.out.find(field.substr(0, 40)), std::string::npos) << "part of the field is shown";
+    EXPECT_EQ(inspected.out.find(field.substr(0, 40)), std::string::npos)
+        << "part of the field is shown";
     for (const std::string& shown : c.shows) {
       EXPECT_NE(inspected.out.find(shown), std::string::npos) << shown << "\n" << inspected.out;
     }

@@ -1,11 +1,11 @@
 // What the inspector knows about header lines: the rows it takes from the
 // filter's tables, the names written by code, and the plain words for both.
-#include "inspect/line_catalog.h"
-
 #include <gtest/gtest.h>
 
 #include <set>
 #include <string>
+
+#include "inspect/line_catalog.h"
 
 namespace {
 

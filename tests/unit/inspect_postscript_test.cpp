@@ -1,8 +1,6 @@
 // The PostScript part read back: pages by their page-end lines, and the
 // fragments the watermark and finishing modules write, recognised from
 // what those modules really write.
-#include "inspect/postscript_part.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
@@ -10,6 +8,7 @@
 #include "engine/module_dispatch.h"
 #include "frame/fixed_text.h"
 #include "frame/job_state.h"
+#include "inspect/postscript_part.h"
 #include "module_output_capture.h"
 #include "modules/features/features.h"
 #include "modules/watermark/watermark.h"
@@ -65,8 +64,8 @@ class InspectPostScriptTest : public ::testing::Test {
     std::string ps = "%!PS-Adobe-3.0\n%%BeginProlog\n" + At(13) + "/ep { showpage } def\n" +
                      At(14) + "%%EndProlog\n%%BeginSetup\n" + At(16) + "%%EndSetup\n";
     for (int page = 1; page <= 2; ++page) {
-      ps += "%%Page: " + std::to_string(page) + " " + std::to_string(page) +
-            "\n%%EndPageSetup\n" + At(24) + "bp\n" + At(27) + "ep\n";
+      ps += "%%Page: " + std::to_string(page) + " " + std::to_string(page) + "\n%%EndPageSetup\n" +
+            At(24) + "bp\n" + At(27) + "ep\n";
     }
     return ps + "%%EOF\n\x04";
   }
@@ -133,21 +132,29 @@ TEST_F(InspectPostScriptTest, FragmentVariants) {
   } kCases[] = {
       {"auto-fit off", [] { zpjlOptionFeatures.autoFitSwitch = 0; }, 16, "auto-fit", true,
        "auto-fit", "off"},
-      {"2-up", [] { CopyText(StdLayoutRowInfo, kLayoutInfoSize, "1");
-                    CopyText(StdLayoutColumnInfo, kLayoutInfoSize, "2"); },
+      {"2-up",
+       [] {
+         CopyText(StdLayoutRowInfo, kLayoutInfoSize, "1");
+         CopyText(StdLayoutColumnInfo, kLayoutInfoSize, "2");
+       },
        21, "separator-pages", true, "pages", "1,3"},
       {"long separator list",
-       [] { CopyText(zpjlOptionFeatures.separatorPages, kFeaturesTextSize, "1,2,3,4,5,6,78"); },
-       14, "separator-pages", false, "pages", "1,2,3,4,5,6,78"},
+       [] { CopyText(zpjlOptionFeatures.separatorPages, kFeaturesTextSize, "1,2,3,4,5,6,78"); }, 14,
+       "separator-pages", false, "pages", "1,2,3,4,5,6,78"},
       {"long text",
-       [] { CopyText(psOptionWatermark.text, kWatermarkTextSize, ("(" + std::string(120, 'x') + ")").c_str()); },
+       [] {
+         CopyText(psOptionWatermark.text, kWatermarkTextSize,
+                  ("(" + std::string(120, 'x') + ")").c_str());
+       },
        27, "watermark-text", false, "colour", "0.50 0.50 0.50"},
   };
   for (const auto& c : kCases) {
     SetUp();
     c.set();
-    const std::string before = c.point == 14 ? "%%EndProlog\n" : c.point == 16 ? "%%EndSetup\n"
-                               : c.point == 21 ? "userdict/setpagedevice{pop}bind put\n" : "ep\n";
+    const std::string before = c.point == 14   ? "%%EndProlog\n"
+                               : c.point == 16 ? "%%EndSetup\n"
+                               : c.point == 21 ? "userdict/setpagedevice{pop}bind put\n"
+                                               : "ep\n";
     const std::string ps = "%!PS\n" + At(c.point) + before;
     const PostScriptReport report = InspectPostScript(ps, 0);
     bool found = false;
@@ -173,7 +180,7 @@ TEST(InspectPostScript, CountsPagesByTheirPageEndLines) {
       {"\x04", 0, 1, true},
       {"bp\nep\nbp\nep\n\x04", 2, 5, true},
       {"bp\r\nep\r\nbp\r\nendp\r\n", 2, 4, false},
-      {"bp\rep\rbp\rep", 2, 4, false},           // lone CR ends lines; the last one unended
+      {"bp\rep\rbp\rep", 2, 4, false},              // lone CR ends lines; the last one unended
       {"ep \nep\t\n ep\nshowpage\n", 0, 4, false},  // only the whole lines count
       {"/ep { showpage } def\nep\n", 1, 2, false},
   };

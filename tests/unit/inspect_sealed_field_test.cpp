@@ -1,13 +1,12 @@
 // Sealed password fields read back: the blob is described from its layout,
 // and the test recipient key opens what the filter sealed.
-#include "inspect/sealed_field.h"
-
 #include <gtest/gtest.h>
 
 #include <fstream>
 #include <sstream>
 #include <vector>
 
+#include "inspect/sealed_field.h"
 #include "sealed_blob.h"
 #include "sealed_fields.h"
 #include "secure/base64.h"
@@ -35,9 +34,7 @@ std::vector<uint8_t> Seal(const std::string& payload) {
 
 std::string Field(const std::vector<uint8_t>& blob) { return sealed_fields::Base64(blob); }
 
-OpeningKey TestKey(bool keep) {
-  return {ReadText(TestPrivateKeyPath2048()), keep};
-}
+OpeningKey TestKey(bool keep) { return {ReadText(TestPrivateKeyPath2048()), keep}; }
 
 // The field texts the filter makes: the lengths follow the payload in
 // 16-byte steps, and the test key opens every one.
@@ -54,7 +51,7 @@ TEST(InspectSealedField, DescribesAndOpensWhatTheFilterSeals) {
       {"0123456789abcdef", true, 512, 384, true},
       {std::string(239, 'p'), true, 792, 592, true},
       {"tab\there", true, 492, 368, false},
-      {"\xe3\x81\x82", true, 492, 368, true},   // UTF-8 text on a UTF-8 printer
+      {"\xe3\x81\x82", true, 492, 368, true},    // UTF-8 text on a UTF-8 printer
       {"\xe3\x81\x82", false, 492, 368, false},  // not Shift-JIS text
       {"\x82\xa0", false, 492, 368, true},       // Shift-JIS text on a legacy printer
   };
@@ -106,23 +103,34 @@ TEST(InspectSealedField, NamesWhatIsWrongWithABlob) {
     std::string field;
     const char* description;
   } kCases[] = {
-      {"3YbDtlJWKPh+/9c9e5YYPA==", "not a sealed blob: 24 characters, 16 bytes, shorter than the 80-byte blob header"},
+      {"3YbDtlJWKPh+/9c9e5YYPA==",
+       "not a sealed blob: 24 characters, 16 bytes, shorter than the 80-byte blob header"},
       {"abc", "not sealed: 3 characters that are not base64"},
       {"ab!d", "not sealed: 4 characters that are not base64"},
       {"a===", "not sealed: 4 characters that are not base64"},
-      {Field(shortened), "not a sealed blob: 56 characters, 40 bytes, shorter than the 80-byte blob header"},
-      {with(0, 0x09), "not a sealed blob: 492 characters, 368 bytes, does not start with the blob's bytes 08 01"},
+      {Field(shortened),
+       "not a sealed blob: 56 characters, 40 bytes, shorter than the 80-byte blob header"},
+      {with(0, 0x09),
+       "not a sealed blob: 492 characters, 368 bytes, does not start with the blob's bytes 08 01"},
       {with(10, 7), "not a sealed blob: 492 characters, 368 bytes, unknown AES mode 7"},
       {with(11, 2), "not a sealed blob: 492 characters, 368 bytes, unknown key type 2"},
-      {with(6, 0x71), "not a sealed blob: 492 characters, 368 bytes, the header gives 369 bytes, the blob has 368"},
-      {Field(longer), "not a sealed blob: 496 characters, 371 bytes, the header gives 368 bytes, the blob has 371"},
-      {with(2, 17), "not a sealed blob: 492 characters, 368 bytes, the ciphertext is not whole AES blocks"},
+      {with(6, 0x71),
+       "not a sealed blob: 492 characters, 368 bytes, the header gives 369 bytes, the blob has "
+       "368"},
+      {Field(longer),
+       "not a sealed blob: 496 characters, 371 bytes, the header gives 368 bytes, the blob has "
+       "371"},
+      {with(2, 17),
+       "not a sealed blob: 492 characters, 368 bytes, the ciphertext is not whole AES blocks"},
       {with(11, 1),
-       "sealed, 492 characters, blob 368 bytes, key type 1, digest does not match the built-in recipient key"},
+       "sealed, 492 characters, blob 368 bytes, key type 1, digest does not match the built-in "
+       "recipient key"},
       {with(12, 1),
-       "sealed, 492 characters, blob 368 bytes, key type 0, digest matches the built-in recipient key, bytes 12 to 15 not zero"},
+       "sealed, 492 characters, blob 368 bytes, key type 0, digest matches the built-in recipient "
+       "key, bytes 12 to 15 not zero"},
       {with(20, good[20] ^ 1),
-       "sealed, 492 characters, blob 368 bytes, key type 0, digest does not match the built-in recipient key"},
+       "sealed, 492 characters, blob 368 bytes, key type 0, digest does not match the built-in "
+       "recipient key"},
   };
   for (const auto& c : kCases) {
     EXPECT_EQ(DescribeSealedField(InspectSealedField(c.field, {}, true)), c.description);

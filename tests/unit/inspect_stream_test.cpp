@@ -1,14 +1,13 @@
 // Whole print streams taken apart: the envelope checks, the header lines and
 // where the header ends, the insertion mode's PJL, the debug copy's form,
 // and any bytes at all without a crash.
-#include "inspect/stream_inspection.h"
-
 #include <gtest/gtest.h>
 
 #include <random>
 #include <string>
 
 #include "inspect/report_output.h"
+#include "inspect/stream_inspection.h"
 
 namespace {
 
@@ -51,16 +50,19 @@ TEST(InspectStream, EnvelopeChecks) {
     const char* finding;
   } kCases[] = {
       {"well-formed", good, false, ""},
-      {"legacy printer, no encoding line", kUEL + kJobMode + kEnter + kPostScript + kTrailer, false, ""},
+      {"legacy printer, no encoding line", kUEL + kJobMode + kEnter + kPostScript + kTrailer, false,
+       ""},
       {"empty", "", true, "the stream is empty"},
       {"plain PostScript", "%!PS\nshowpage\n", true, "no universal exit language"},
       {"message before the header", "ERROR[150]: RSA Encrypt failed[99].\n" + good, true,
        "36 bytes before the universal exit language: ERROR[150]"},
       {"no job mode", kUEL + kEncoding + kEnter + kPostScript + kTrailer, true, "no job mode line"},
-      {"job mode ends in LF", kUEL + kEncoding + "@PJL JOB MODE=PRINTER\n" + kEnter + kPostScript + kTrailer,
-       true, "the job mode line is"},
-      {"job mode after a module line", kUEL + kEncoding + Attr("CNAM", "h") + kJobMode + kEnter + kPostScript + kTrailer,
-       true, "the job mode line comes after other lines"},
+      {"job mode ends in LF",
+       kUEL + kEncoding + "@PJL JOB MODE=PRINTER\n" + kEnter + kPostScript + kTrailer, true,
+       "the job mode line is"},
+      {"job mode after a module line",
+       kUEL + kEncoding + Attr("CNAM", "h") + kJobMode + kEnter + kPostScript + kTrailer, true,
+       "the job mode line comes after other lines"},
       {"line break after the UEL", kUEL + "\n" + kJobMode + kEnter + kPostScript + kTrailer, true,
        "no PJL line directly after"},
       {"no language switch", kUEL + kEncoding + kJobMode + Attr("CNAM", "h") + kTrailer, true,
@@ -71,8 +73,9 @@ TEST(InspectStream, EnvelopeChecks) {
       {"bytes after the trailer", good + "junk", true, "4 bytes after the trailer: junk"},
       {"stream ends in the header", kUEL + kEncoding + kJobMode + "@PJL SET JOBATTR=\"@CN", true,
        "the stream ends inside the header"},
-      {"language switch with CR LF", kUEL + kJobMode + "@PJL ENTER LANGUAGE=POSTSCRIPT\r\n" + kPostScript + kTrailer,
-       true, "the language switch ends in CR LF"},
+      {"language switch with CR LF",
+       kUEL + kJobMode + "@PJL ENTER LANGUAGE=POSTSCRIPT\r\n" + kPostScript + kTrailer, true,
+       "the language switch ends in CR LF"},
       {"UEL inside the job", Stream("", "%!PS\n" + kUEL + "\nep\n\x04"), false,
        "a universal exit language inside the job"},
       {"cancelled job", Stream("", "%!PS\nbp\n"), false, "does not end with the end-of-job byte"},
@@ -82,8 +85,10 @@ TEST(InspectStream, EnvelopeChecks) {
     const StreamReport report = Inspect(c.bytes);
     EXPECT_EQ(report.Malformed(), c.malformed) << c.name << "\n" << Findings(report);
     if (c.finding[0] != '\0') {
-      EXPECT_TRUE(HasFinding(report, c.malformed ? Severity::kMalformed : Severity::kNote, c.finding))
-          << c.name << "\n" << Findings(report);
+      EXPECT_TRUE(
+          HasFinding(report, c.malformed ? Severity::kMalformed : Severity::kNote, c.finding))
+          << c.name << "\n"
+          << Findings(report);
     } else {
       EXPECT_TRUE(report.findings.empty()) << c.name << "\n" << Findings(report);
     }
@@ -125,9 +130,11 @@ TEST(InspectStream, CutAndDamagedStreamsNeverPassAndNeverCrash) {
 }
 
 TEST(InspectStream, HeaderLinesInOrderWithTheirMeaning) {
-  const std::string header = "@PJL SET HOLD=STORE\n" "@PJL SET USERNAME=\"bob\"\r\n" +
-                             Attr("CNAM", "host") + Attr("JOAU", "bob", "\r\n") +
-                             Attr("PBRE", "LEFT") + "@PJL SET RENDERMODE=COLOR\n";
+  const std::string header =
+      "@PJL SET HOLD=STORE\n"
+      "@PJL SET USERNAME=\"bob\"\r\n" +
+      Attr("CNAM", "host") + Attr("JOAU", "bob", "\r\n") + Attr("PBRE", "LEFT") +
+      "@PJL SET RENDERMODE=COLOR\n";
   const StreamReport report = Inspect(Stream(header));
   ASSERT_FALSE(report.Malformed()) << Findings(report);
   EXPECT_TRUE(report.utf8);
@@ -173,7 +180,8 @@ TEST(InspectStream, LinesThatDoNotFitAreNoted) {
       {Attr("QQQQ", "1"), "not a line this filter writes"},
       {"@PJL SET HOLDENCRYPTKEY=\"pw\"\r\n",
        "not sealed: 2 characters that are not base64 (a password the filter could not open"},
-      {"@PJL SET HOLDENCRYPTKEY=\"3YbDtlJWKPh+/9c9e5YYPA==\"\r\n", "not a sealed blob: 24 characters"},
+      {"@PJL SET HOLDENCRYPTKEY=\"3YbDtlJWKPh+/9c9e5YYPA==\"\r\n",
+       "not a sealed blob: 24 characters"},
   };
   for (const auto& c : kCases) {
     const StreamReport report = Inspect(Stream(c.line));
@@ -192,7 +200,8 @@ TEST(InspectStream, GroupsOutOfOrderAndBrokenInformationBlocksAreNoted) {
     const char* finding;
     const char* version;
   } kCases[] = {
-      {Attr("CNAM", "h") + "@PJL SET HOLD=STORE\n", "a print type line after the accounting lines", ""},
+      {Attr("CNAM", "h") + "@PJL SET HOLD=STORE\n", "a print type line after the accounting lines",
+       ""},
       {"@PJL COMMENT PRINTJOBINFO VERSION=1.3.0\n@PJL COMMENT PRINTJOBINFO BEGIN\n"
        "@PJL COMMENT PRINTJOBINFO END\n",
        "", "1.3.0"},
@@ -224,11 +233,16 @@ TEST(InspectStream, InsertionModePJLIsToldFromTheHeader) {
     size_t insertion;  // lines of the insertion mode
   } kCases[] = {
       {"header only", Attr("CNAM", "h") + toner, 3, 0},
-      {"defaults after the header", Attr("CNAM", "h") + Attr("GRGU", "OFF") + "@PJL SET ECONOMODE=OFF\n", 1, 2},
-      {"toner saver, then the same line derived", Attr("CNAM", "h") + toner + "@PJL SET ECONOMODE=OFF\n", 3, 1},
-      {"derived line after special pages", Attr("EFCV", "NONE") + "@PJL SET ECONOMODE=MODE1\n", 1, 1},
-      {"after the job information", "@PJL COMMENT PRINTJOBINFO VERSION=1.5.0\n@PJL COMMENT PRINTJOBINFO BEGIN\n"
-       "@PJL COMMENT PRINTJOBINFO END\n@PJL SET RESOLUTION=600\n@PJL SET BITSPERPIXEL=1\n", 3, 2},
+      {"defaults after the header",
+       Attr("CNAM", "h") + Attr("GRGU", "OFF") + "@PJL SET ECONOMODE=OFF\n", 1, 2},
+      {"toner saver, then the same line derived",
+       Attr("CNAM", "h") + toner + "@PJL SET ECONOMODE=OFF\n", 3, 1},
+      {"derived line after special pages", Attr("EFCV", "NONE") + "@PJL SET ECONOMODE=MODE1\n", 1,
+       1},
+      {"after the job information",
+       "@PJL COMMENT PRINTJOBINFO VERSION=1.5.0\n@PJL COMMENT PRINTJOBINFO BEGIN\n"
+       "@PJL COMMENT PRINTJOBINFO END\n@PJL SET RESOLUTION=600\n@PJL SET BITSPERPIXEL=1\n",
+       3, 2},
   };
   for (const auto& c : kCases) {
     const StreamReport report = Inspect(Stream(c.lines, "%%EOF%!PS\nep\n\n"));
@@ -248,9 +262,11 @@ TEST(InspectStream, InsertionModePJLIsToldFromTheHeader) {
 // The debug copy of an insertion-mode job mirrors the spooled PostScript,
 // with the derived PJL among its lines, before the language switch.
 TEST(InspectStream, DebugCopyOfAnInsertionModeJob) {
-  const std::string copy = kUEL + kEncoding + kJobMode + Attr("CNAM", "h") + "%!PS\n%%BeginSetup\n" +
-                           Attr("TRAP", "ON") + "%%BeginFeature: *KRSetTrapMode True\n%%EndSetup\n"
-                           "bp\nep\nbp\nep\n\n\x04" + kEnter + kTrailer;
+  const std::string copy = kUEL + kEncoding + kJobMode + Attr("CNAM", "h") +
+                           "%!PS\n%%BeginSetup\n" + Attr("TRAP", "ON") +
+                           "%%BeginFeature: *KRSetTrapMode True\n%%EndSetup\n"
+                           "bp\nep\nbp\nep\n\n\x04" +
+                           kEnter + kTrailer;
   const StreamReport report = Inspect(copy);
   EXPECT_FALSE(report.Malformed()) << Findings(report);
   EXPECT_TRUE(report.debugCopyForm);
@@ -261,7 +277,8 @@ TEST(InspectStream, DebugCopyOfAnInsertionModeJob) {
   ASSERT_TRUE(report.postscript);
   EXPECT_EQ(report.postscript->pages, 2);
   EXPECT_TRUE(report.postscript->endOfJobByte);
-  EXPECT_TRUE(HasFinding(report, Severity::kNote, "the debug copy of a job in the PPD-feature insertion mode"));
+  EXPECT_TRUE(HasFinding(report, Severity::kNote,
+                         "the debug copy of a job in the PPD-feature insertion mode"));
 }
 
 // Wherever a stream is cut, no part of a sealed field's text is shown.
@@ -283,12 +300,16 @@ TEST(InspectStream, ACutSealedFieldIsNeverShown) {
 // escaped, and control bytes made visible.
 TEST(InspectStream, ValuesShowInTheStreamsEncoding) {
   const std::string legacy = kUEL + kJobMode + Attr("ACNA", "\x82\xa0\x82\xa2", "\r\n") +
-                             Attr("LUNA", "a\x1b" "b\xff") + kEnter + kPostScript + kTrailer;
+                             Attr("LUNA",
+                                  "a\x1b"
+                                  "b\xff") +
+                             kEnter + kPostScript + kTrailer;
   const StreamReport report = Inspect(legacy);
   EXPECT_FALSE(report.utf8);
   const std::string text = RenderText(report, {"-", false, false});
   EXPECT_NE(text.find("document name" + std::string(21, ' ') + "\xe3\x81\x82\xe3\x81\x84  CR LF\n"),
-            std::string::npos) << text;
+            std::string::npos)
+      << text;
   EXPECT_NE(text.find("a<ESC>b\\xFF\n"), std::string::npos) << text;
 }
 
