@@ -263,16 +263,15 @@ std::string RenderJson(const StreamReport& report, const ReportSettings& setting
   for (size_t at : report.uelOffsets) json.Number(at);
   json.Close(']');
   json.Member("leading_bytes", report.leadingBytes);
-  json.Key("encoding_line");
-  if (report.encodingLine)
-    json.Number(report.header[*report.encodingLine].lineNumber);
-  else
-    json.Null();
-  json.Key("job_mode_line");
-  if (report.jobModeLine)
-    json.Number(report.header[*report.jobModeLine].lineNumber);
-  else
-    json.Null();
+  for (const auto& [key, index] : {std::pair{"encoding_line", report.encodingLine},
+                                    std::pair{"job_mode_line", report.jobModeLine}}) {
+    json.Key(key);
+    if (const HeaderLine* line = report.HeaderAt(index)) {
+      json.Number(line->lineNumber);
+    } else {
+      json.Null();
+    }
+  }
   json.MemberOrNull("language_switch_offset", report.languageSwitchOffset);
   json.Key("trailer");
   if (!report.trailerOffset) {

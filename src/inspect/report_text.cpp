@@ -72,18 +72,15 @@ void AppendEnvelope(std::string* out, const StreamReport& report) {
         "  " + Pad("before it", 26) + Bytes(report.leadingBytes) + " that do not belong there\n";
   }
   std::string encoding = report.utf8 ? "UTF-8" : "Shift-JIS (no encoding line)";
-  if (report.encodingLine) {
-    encoding += ", line " + std::to_string(report.header[*report.encodingLine].lineNumber);
+  if (const HeaderLine* line = report.HeaderAt(report.encodingLine)) {
+    encoding += ", line " + std::to_string(line->lineNumber);
   }
   *out += "  " + Pad("text encoding", 26) + encoding + "\n";
   std::string jobMode = "missing";
-  if (report.jobModeLine) {
-    const HeaderLine& line = report.header[*report.jobModeLine];
-    jobMode = "line " + std::to_string(line.lineNumber) + ": " +
-              DisplayText(line.bytes, report.utf8) +
-              (line.ending == "CR LF"
-                   ? "  CR LF"
-                   : "  " + (line.ending.empty() ? std::string("(no line end)") : line.ending));
+  if (const HeaderLine* line = report.HeaderAt(report.jobModeLine)) {
+    jobMode = "line " + std::to_string(line->lineNumber) + ": " +
+              DisplayText(line->bytes, report.utf8) + "  " +
+              (line->ending.empty() ? std::string("(no line end)") : line->ending);
   }
   *out += "  " + Pad("job mode", 26) + jobMode + "\n";
   std::string languageSwitch = "missing";

@@ -161,6 +161,7 @@ void Inspector::CheckEnvelopeLines() {
     HeaderLine& line = report_.header[i];
     const std::string whole = Whole(line);
     if (line.parsed.kind == LineKind::kSet && line.parsed.name == "STRINGCODESET") {
+      if (report_.encodingLine) continue;
       report_.encodingLine = i;
       report_.utf8 = true;
       if (whole != encoding)
@@ -418,8 +419,10 @@ StreamReport Inspector::Run() {
   if (report_.header.empty()) {
     Malformed("no PJL line directly after the universal exit language");
   }
-  CheckEnvelopeLines();
+  // The split comes first: it moves lines out of the header, and the
+  // envelope checks keep indexes into it.
   SplitOffInsertion();
+  CheckEnvelopeLines();
   ReadTrailer();
   ReadBody();
   for (HeaderLine& line : report_.header) DescribeLine(&line, false);
@@ -459,6 +462,10 @@ int StreamReport::SealedFields() const {
   int count = 0;
   for (const HeaderLine& line : header) count += line.sealed ? 1 : 0;
   return count;
+}
+
+const HeaderLine* StreamReport::HeaderAt(const std::optional<size_t>& index) const {
+  return index && *index < header.size() ? &header[*index] : nullptr;
 }
 
 StreamReport InspectStream(std::string_view bytes, const InspectOptions& options) {

@@ -68,6 +68,8 @@ struct StreamReport {
 
   bool Malformed() const;
   int SealedFields() const;
+  // The header line at `index` (encodingLine, jobModeLine), or nullptr.
+  const HeaderLine* HeaderAt(const std::optional<size_t>& index) const;
 };
 
 struct InspectOptions {

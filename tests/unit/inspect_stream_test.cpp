@@ -259,6 +259,20 @@ TEST(InspectStream, InsertionModePJLIsToldFromTheHeader) {
   }
 }
 
+// Envelope lines after the header's end belong to the insertion part; the
+// envelope refers only to lines that stay in the header.
+TEST(InspectStream, EnvelopeLinesAmongTheInsertionPJL) {
+  const std::string stream = kUEL + kJobMode + Attr("CNAM", "h") + Attr("TRAP", "ON") + kEncoding +
+                             kJobMode + kEnter + "%%EOF%!PS\nep\n" + kTrailer;
+  const StreamReport report = Inspect(stream);
+  EXPECT_EQ(report.insertion.size(), 3u);
+  EXPECT_FALSE(report.encodingLine);
+  ASSERT_TRUE(report.HeaderAt(report.jobModeLine));
+  EXPECT_EQ(report.HeaderAt(report.jobModeLine)->lineNumber, 1u);
+  EXPECT_NE(RenderText(report, {}).find("job mode                  line 1:"), std::string::npos);
+  EXPECT_NE(RenderJson(report, {}).find("\"encoding_line\": null"), std::string::npos);
+}
+
 // The debug copy of an insertion-mode job mirrors the spooled PostScript,
 // with the derived PJL among its lines, before the language switch.
 TEST(InspectStream, DebugCopyOfAnInsertionModeJob) {
