@@ -264,7 +264,7 @@ std::string RenderJson(const StreamReport& report, const ReportSettings& setting
   json.Close(']');
   json.Member("leading_bytes", report.leadingBytes);
   for (const auto& [key, index] : {std::pair{"encoding_line", report.encodingLine},
-                                    std::pair{"job_mode_line", report.jobModeLine}}) {
+                                   std::pair{"job_mode_line", report.jobModeLine}}) {
     json.Key(key);
     if (const HeaderLine* line = report.HeaderAt(index)) {
       json.Number(line->lineNumber);
