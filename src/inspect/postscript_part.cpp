@@ -90,6 +90,25 @@ const BracketedFragment kBracketed[] = {
      " exch exec} {pop pop} ifelse", "auto-fit"},
 };
 
+// Where the filter puts each fragment: after or before a structural line.
+struct AnchorRule {
+  const char* kind;
+  bool after;
+  std::string_view line;
+};
+const AnchorRule kAnchors[] = {
+    {"watermark-prolog", true, kBeginProlog},
+    {"watermark-page-setup", true, kEndPageSetup},
+    {"watermark-text", false, "ep"},
+    {"watermark-text", false, "endp"},
+    {"separator-pages", false, kEndProlog},
+    {"separator-pages", false, kSetPageDeviceOff},
+    {"booklet-margin-shift", false, kEndSetup},
+    {"booklet-margin-shift", false, kSetPageDeviceOff},
+    {"auto-fit", false, kEndSetup},
+    {"auto-fit", false, kSetPageDeviceOff},
+};
+
 struct Scanner {
   const std::vector<Line>& lines;
   PostScriptReport* report;
@@ -98,24 +117,7 @@ struct Scanner {
     return i < lines.size() ? lines[i].text : std::string_view();
   }
 
-  // The nearest structural line before `first` and after `last`, for anchors.
-  std::string Anchor(size_t first, size_t count) const {
-    const std::string_view next = At(first + count);
-    const std::string_view previous = first > 0 ? At(first - 1) : std::string_view();
-    for (std::string_view structural : {kEndProlog, kEndSetup, kSetPageDeviceOff}) {
-      if (next == structural) return "before " + std::string(structural);
-    }
-    if (next == "ep" || next == "endp") return "before " + std::string(next);
-    for (std::string_view structural : {kBeginProlog, kEndPageSetup}) {
-      if (previous == structural) return "after " + std::string(structural);
-    }
-    return "";
-  }
-
-  void Add(Fragment fragment) {
-    fragment.anchor = Anchor(fragment.line - 1, fragment.lines);
-    report->fragments.push_back(std::move(fragment));
-  }
+  void Add(Fragment fragment) { report->fragments.push_back(std::move(fragment)); }
 
   // Each recogniser returns the lines it took at `i`, or 0.
   size_t WatermarkProlog(size_t i) {
@@ -245,14 +247,21 @@ PostScriptReport InspectPostScript(std::string_view bytes, size_t offset) {
     if (taken == 0) taken = scanner.Bracketed(i);
     i += taken == 0 ? 1 : taken;
   }
-  // Fragments written one after the other stand before the same line.
+  // Anchors: the line before a fragment, and the first line after it that
+  // is not another fragment (fragments written at one point follow each
+  // other, as separator pages and auto-fit do).
   std::vector<Fragment>& fragments = report.fragments;
-  for (size_t i = fragments.size(); i-- > 1;) {
-    Fragment& earlier = fragments[i - 1];
-    const Fragment& later = fragments[i];
-    if (earlier.anchor.empty() && later.line == earlier.line + earlier.lines &&
-        StartsWith(later.anchor, "before ")) {
-      earlier.anchor = later.anchor;
+  std::string_view next;
+  for (size_t i = fragments.size(); i-- > 0;) {
+    Fragment& f = fragments[i];
+    const size_t after = f.line - 1 + f.lines;
+    const bool followed = i + 1 < fragments.size() && fragments[i + 1].line - 1 == after;
+    if (!followed) next = scanner.At(after);
+    const std::string_view previous = f.line >= 2 ? scanner.At(f.line - 2) : std::string_view();
+    for (const AnchorRule& rule : kAnchors) {
+      if (f.kind != rule.kind || (rule.after ? previous : next) != rule.line) continue;
+      f.anchor = (rule.after ? "after " : "before ") + std::string(rule.line);
+      break;
     }
   }
   return report;

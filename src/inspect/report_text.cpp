@@ -148,10 +148,16 @@ void AppendPostScript(std::string* out, const PostScriptReport& ps, bool utf8) {
           std::to_string(ps.lines) + (ps.lines == 1 ? " line, " : " lines, ") +
           std::to_string(ps.pages) + (ps.pages == 1 ? " page" : " pages") + "\n";
   if (!ps.pageEnds.empty()) {
+    // A long job's page ends are in the JSON document; here the first ones.
+    constexpr size_t kShownPageEnds = 12;
     std::string ends;
-    for (const PageEnd& end : ps.pageEnds) {
+    for (size_t i = 0; i < ps.pageEnds.size() && i < kShownPageEnds; ++i) {
+      const PageEnd& end = ps.pageEnds[i];
       ends += (ends.empty() ? "" : ", ") + std::string("line ") + std::to_string(end.line) + " (" +
               end.kind + ")";
+    }
+    if (ps.pageEnds.size() > kShownPageEnds) {
+      ends += " and " + std::to_string(ps.pageEnds.size() - kShownPageEnds) + " more";
     }
     *out += "  page ends: " + ends + "\n";
   }

@@ -434,6 +434,14 @@ StreamReport Inspector::Run() {
     Note("a universal exit language inside the job at byte " + std::to_string(uelAt));
   }
   DecideMode();
+  if (report_.postscript) {
+    for (const Fragment& fragment : report_.postscript->fragments) {
+      if (!fragment.anchor.empty()) continue;
+      Note("PostScript line " + std::to_string(fragment.line) + ": " +
+           FragmentTitle(fragment.kind) +
+           " where the filter does not insert it (the application's own?)");
+    }
+  }
   return report_;
 }
 

@@ -198,6 +198,34 @@ TEST(InspectPostScript, CountsPagesByTheirPageEndLines) {
   EXPECT_EQ(report.pageEnds[1].page, 2);
 }
 
+// The anchor is the structural line the filter writes the fragment at, or
+// nothing when the fragment stands elsewhere.
+TEST(InspectPostScript, AnchorsNameWhereTheFilterInserts) {
+  const std::string prolog =
+      "userdict/krfInfo 2 dict dup begin\n/krfpgsave 0 def\n/krfbp{/krfpgsave save restore} bind "
+      "def\n";
+  const struct {
+    std::string ps;
+    const char* kind;
+    const char* anchor;
+  } kCases[] = {
+      {"%%BeginProlog\n" + prolog + "%%EndProlog\n", "watermark-prolog", "after %%BeginProlog"},
+      {"x\n" + prolog + "%%EndProlog\n", "watermark-prolog", ""},
+      {"%%EndPageSetup\nkrfbp\nbp\n", "watermark-page-setup", "after %%EndPageSetup"},
+      {"bp\nkrfbp\n", "watermark-page-setup", ""},
+      {"%%BeginSetup\n[{\n%%BeginNonPPDFeatures\n1 dict dup/SeparatorPages[2]put/Custom/ProcSet "
+       "findresource/setcoverseparator get exec\n%%EndNonPPDFeatures\n} stopped cleartomark\n"
+       "%%EndSetup\n",
+       "separator-pages", ""},
+  };
+  for (const auto& c : kCases) {
+    const PostScriptReport report = InspectPostScript(c.ps, 0);
+    ASSERT_EQ(report.fragments.size(), 1u) << c.ps;
+    EXPECT_EQ(report.fragments[0].kind, c.kind) << c.ps;
+    EXPECT_EQ(report.fragments[0].anchor, c.anchor) << c.ps;
+  }
+}
+
 // The application's own bracketed feature blocks are not the filter's.
 TEST(InspectPostScript, LeavesTheApplicationsFeatureCodeAlone) {
   const std::string ps =

@@ -80,6 +80,8 @@ TEST(InspectStream, EnvelopeChecks) {
        "a universal exit language inside the job"},
       {"cancelled job", Stream("", "%!PS\nbp\n"), false, "does not end with the end-of-job byte"},
       {"unreadable input", Stream("", ""), false, "no PostScript at all"},
+      {"a fragment elsewhere", Stream("", "%!PS\nbp\nkrfbp\nep\n\x04"), false,
+       "PostScript line 3: watermark page setup where the filter does not insert it"},
   };
   for (const auto& c : kCases) {
     const StreamReport report = Inspect(c.bytes);
