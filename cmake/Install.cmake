@@ -67,10 +67,13 @@ install(FILES ${ZPJL_SAMPLE_PPDS}
         DESTINATION "${ZPJL_CUPS_MODEL_DIR}"
         PERMISSIONS ${_zpjl_data_mode})
 
-# The install directories for the deployment tests, which install the build
+# The install directories and debug-copy paths for the deployment tests, which install the build
 # into directories of their own and look for the files there.
 file(WRITE "${CMAKE_BINARY_DIR}/install-paths.txt"
+     "version=${PROJECT_VERSION}\n"
      "prefix=${CMAKE_INSTALL_PREFIX}\n"
      "filter_dir=${ZPJL_CUPS_FILTER_DIR}\n"
      "model_dir=${ZPJL_CUPS_MODEL_DIR}\n"
-     "man_dir=${CMAKE_INSTALL_MANDIR}/man8\n")
+     "man_dir=${CMAKE_INSTALL_MANDIR}/man8\n"
+     "flag=${ZPJL_JOBCOPY_FLAG}\n"
+     "legacy_pattern=${ZPJL_LEGACY_JOBCOPY_PATTERN}\n")
