@@ -15,7 +15,7 @@ import unittest
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 import cups_instance  # noqa: E402
 from print_stream import (PREFIX, TRAILER, UEL, Stream, match_lines,  # noqa: E402
-                          open_sealed_field, quoted_field, stored_password, visible)
+                          open_sealed_field, stored_password, visible)
 
 ARGS = None
 
@@ -68,7 +68,8 @@ INSERTION_OPTIONS = [
     ("KRTonerSaver", "Mode2"),
 ]
 
-SEALED = re.compile(rb"[A-Za-z0-9+/]{490}==")  # a password of up to 15 bytes
+# The sealed form of a password of up to 15 bytes: base64 of a 368-byte blob.
+SEALED = re.compile(rb"[A-Za-z0-9+/]{491}=")
 
 
 def pjl(text):
@@ -186,14 +187,13 @@ class LiveQueueTest(unittest.TestCase):
     def test_production_passwords_are_sealed_for_the_printer(self):
         with open(os.path.join(self.key_dir, "recipient-2048.sha256"), encoding="ascii") as digest:
             recipient = bytes.fromhex(digest.read().strip())
-        for prefix, password in ((b"@PJL SET HOLDENCRYPTKEY=", SECURE_PASSWORD),
-                                 (b'@PJL SET JOBATTR="@JOEP=', ACCOUNT_PASSWORD)):
-            with self.subTest(line=prefix):
-                lines = [l for l in self.production.header_lines() if l.startswith(prefix)]
-                self.assertEqual(1, len(lines), visible(self.production.header))
-                field = quoted_field(lines[0].replace(b'"@JOEP=', b"@JOEP="))
-                self.assertEqual(492, len(field))
-                digest, payload = open_sealed_field(self.key_dir, self.private_key, field)
+        header = self.production.header
+        for name, password in ((b'HOLDENCRYPTKEY="', SECURE_PASSWORD), (b'"@JOEP=', ACCOUNT_PASSWORD)):
+            with self.subTest(line=name):
+                fields = re.findall(re.escape(name) + rb'([^"]*)"', header)
+                self.assertEqual(1, len(fields), visible(header))
+                self.assertEqual(492, len(fields[0]))
+                digest, payload = open_sealed_field(self.key_dir, self.private_key, fields[0])
                 self.assertEqual(recipient, digest)
                 self.assertEqual(password.encode(), payload)
 
@@ -232,38 +232,51 @@ class LiveQueueTest(unittest.TestCase):
         stream = self.insertion
         enter = stream.find(b"@PJL ENTER LANGUAGE=POSTSCRIPT\n")
         self.assertGreater(enter, 0, visible(stream[:2000]))
-        self.assertEqual(1, stream.count(b"@PJL ENTER LANGUAGE=POSTSCRIPT\n"))
-        head, body = stream[:enter], stream[enter:]
-        self.assertTrue(head.startswith(UEL + b"@PJL SET STRINGCODESET=UTF8\n"
-                                              b"@PJL JOB MODE=PRINTER\r\n"), visible(head))
-        # Feature lines in the order CUPS wrote the features: the default for
-        # the missing grey balance option at the first feature, then the
-        # chosen settings and the PPD defaults.
-        features = [
-            b'@PJL SET JOBATTR="@GRGU=OFF"\n',
-            b"@PJL SET BITSPERPIXEL=8\n",
-            b'@PJL SET JOBATTR="@TRAP=ON"\n',
-            b'@PJL SET JOBATTR="@PSBR=-2"\n',
-            b'@PJL SET JOBATTR="@RGBP=SRGB"\n',
-            b'@PJL SET JOBATTR="@RGBG=18"\n',
-            b"@PJL SET RET=ON\n",
+        lines = stream[:enter].splitlines(keepends=True)
+        header = [
+            UEL + b"@PJL SET STRINGCODESET=UTF8\n",
+            b"@PJL JOB MODE=PRINTER\r\n",
+            b'@PJL SET JOBATTR="@CNAM=' + socket.gethostname()[:32].encode() + b'"\n',
+            b'@PJL SET JOBATTR="@LUNA=alice"\n',
+            b'@PJL SET JOBATTR="@NLPP=N1"\n',
+            b'@PJL SET JOBATTR="@JOAU=alice"\r\n',
+            b'@PJL SET JOBATTR="@ACNA=Live job"\r\n',
+            b'@PJL SET JOBATTR="@DIND=PORTRAIT"\n',
+            # the toner saver choice also reaches the header as a job option
             b"@PJL SET ECONOMODE=MODE2\n",
-            b'@PJL SET JOBATTR="@BSPM=OFF"\n',
-            b'@PJL SET JOBATTR="@DDPM=AUTO"\n',
-            b'@PJL SET JOBATTR="@SBKP=OFF"\n',
-            b'@PJL SET JOBATTR="@AJCL=1"\n',
-            b'@PJL SET JOBATTR="@AJKH=3"\n',
+            b"@PJL SET REDUCTIONRATE=0\n",
+            b"@PJL SET RENDERMODE=COLOR\n",
         ]
-        position = 0
-        for line in features:
-            with self.subTest(line=line):
-                found = head.find(line, position)
-                self.assertGreaterEqual(found, 0, visible(head))
-                position = found + len(line)
+        match_lines(self, header, lines[:len(header)])
+        # Then the PJL of the feature code CUPS wrote, in CUPS's order: first
+        # the default of the grey balance option the PPD lacks, then a line
+        # for each chosen or default device setting.
+        features = lines[len(header):]
+        self.assertEqual(b'@PJL SET JOBATTR="@GRGU=OFF"\n', features[0] if features else None,
+                         visible(stream[:enter]))
+        density = {"AJCL": 1}
+        expected = [b"@PJL SET BITSPERPIXEL=8\n",
+                    b'@PJL SET JOBATTR="@TRAP=ON"\n',
+                    b'@PJL SET JOBATTR="@PSBR=-2"\n',
+                    b'@PJL SET JOBATTR="@RGBP=SRGB"\n',
+                    b'@PJL SET JOBATTR="@RGBG=18"\n',
+                    b"@PJL SET RET=ON\n",
+                    b"@PJL SET ECONOMODE=MODE2\n",
+                    b'@PJL SET JOBATTR="@BSPM=OFF"\n',
+                    b'@PJL SET JOBATTR="@DDPM=AUTO"\n',
+                    b'@PJL SET JOBATTR="@SBKP=OFF"\n']
+        for colour in "CMYK":
+            for band in "LMH":
+                name = "AJ" + colour + band
+                expected.append(b'@PJL SET JOBATTR="@%s=%d"\n' % (name.encode(), density.get(name, 3)))
+        self.assertEqual(sorted(expected), sorted(features[1:]), visible(stream[:enter]))
+
+        body = stream[enter:]
         cases = [
             ("PostScript follows the language switch",
              body.startswith(b"@PJL ENTER LANGUAGE=POSTSCRIPT\n%!PS-Adobe-3.0\n"), True),
-            ("feature code passes on", body.count(b"%%BeginFeature: *KRSetTrapMode True"), 1),
+            ("one language switch", stream.count(b"@PJL ENTER LANGUAGE=POSTSCRIPT\n"), 1),
+            ("feature code passes on", body.count(b"%%BeginFeature: *KRSetTrapMode True\n"), 1),
             ("both pages", body.count(b"(Page two) show\n"), 1),
             ("no Ctrl-D in this mode", body.count(b"\x04"), 0),
             ("trailer", body.endswith(b"%%EOF\n" + TRAILER), True),

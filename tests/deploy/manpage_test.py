@@ -18,7 +18,8 @@ ARGS = None
 
 LITERAL = re.compile(r'"((?:[^"\\\n]|\\.)*)"')
 KEY_DOMAIN = re.compile(r"^com\.korvanel\.qd\.[a-z]+\.printsettings\.")
-PPD_KEYWORD = re.compile(r"^\*?(KR[A-Za-z0-9]+)$")
+# PPD keywords of the printers (choice names such as KR13x19 are not).
+PPD_KEYWORD = re.compile(r"^\*?(KR[A-Z][A-Za-z]+)$")
 
 
 def source_literals(source_dir):
@@ -37,7 +38,7 @@ def ticket_names_in_sources(literals):
     """Ticket key names (the part after the key domain) the sources hold."""
     names = set()
     for literal in literals:
-        if "Ticket" in literal:
+        if "Ticket" in literal and (KEY_DOMAIN.match(literal) or not literal.startswith("com.")):
             name = KEY_DOMAIN.sub("", literal)
             if name:
                 names.add(name)
