@@ -197,9 +197,13 @@ class Scheduler:
         return env
 
     def _write_cupsd_conf(self):
+        # A fixed server name spares the daemon a host name lookup, which can
+        # hang on a machine without network.
         conf = """LogLevel debug
 MaxLogSize 0
 Listen 127.0.0.1:{port}
+ServerName localhost
+ServerAlias *
 Browsing No
 BrowseLocalProtocols none
 WebInterface No
