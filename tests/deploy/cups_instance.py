@@ -168,9 +168,9 @@ def _die_with_parent():
 class Scheduler:
     """A private cupsd in the foreground, on a loopback port.
 
-    The daemon is a copy of the system's cupsd: a mandatory access control
-    profile of the system's cupsd (AppArmor on Debian) confines it, by its
-    path, to the system's own CUPS directories.
+    The daemon is a copy of the system's cupsd: the mandatory access control
+    profile that a Debian system loads for its cupsd is bound to the binary's
+    path and confines it to the system's own CUPS directories.
     """
 
     def __init__(self, root, serverbin):

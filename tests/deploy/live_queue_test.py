@@ -44,7 +44,7 @@ PRODUCTION_TICKET = [
     (PREFIX + "WMARKTypeTicket", "0"),
     (PREFIX + "WMARKOnlyFirstTicket", "0"),
     (PREFIX + "WMARKTextTicket", "(CONFIDENTIAL)"),
-    (PREFIX + "WMARKFontTicket", "Helvetica-Bold"),
+    (PREFIX + "WMARKFontTicket", "Courier"),
     (PREFIX + "WMARKFontSizeTicket", "48"),
     (PREFIX + "WMARKColorRTicket", "1.0"),
     (PREFIX + "WMARKColorGTicket", "0.0"),
@@ -203,7 +203,7 @@ class LiveQueueTest(unittest.TestCase):
         body = self.production.body
         watermark = (b"pgsave restore /pgsave save store gsave\n"
                      b"1.00 0.50 0.50 setrgbcolor\n"
-                     b"/Helvetica-Bold 48 selectfont\n"
+                     b"/Courier 48 selectfont\n"
                      b"242.36 318.22 moveto\n"
                      b"45 rotate\n"
                      b"(CONFIDENTIAL) show\n"
