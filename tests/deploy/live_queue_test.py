@@ -103,11 +103,11 @@ class LiveQueueTest(unittest.TestCase):
         ticket = []
         for name, value in PRODUCTION_TICKET:
             if value == "<secure password>":
-                value = stored_password(cls.key_dir, SECURE_PASSWORD)
+                value = stored_password(ARGS.source, cls.key_dir, SECURE_PASSWORD)
             elif value == "<account password>":
-                value = stored_password(cls.key_dir, ACCOUNT_PASSWORD)
+                value = stored_password(ARGS.source, cls.key_dir, ACCOUNT_PASSWORD)
             ticket.append((name, value))
-        job = os.path.join(ARGS.source, "examples", "sample-job.ps")
+        job = os.path.join(os.path.dirname(os.path.abspath(__file__)), "two-page-job.ps")
         cls.production_job = cls.cups.submit("zpjl-production", job, USER, TITLE, ticket)
         cls.production_end = cls.cups.wait_for_job(cls.production_job)
         cls.insertion_job = cls.cups.submit("zpjl-insertion", job, USER, TITLE, INSERTION_OPTIONS)

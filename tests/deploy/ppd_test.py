@@ -51,7 +51,7 @@ class PpdTest(unittest.TestCase):
         os.mkdir(os.path.join(cls.root, "etc"))
         cls.files_conf = os.path.join(cls.root, "etc", "cups-files.conf")
         cups_instance.write_cups_files_conf(cls.files_conf, cls.root, serverbin)
-        cls.job = os.path.join(ARGS.source, "examples", "sample-job.ps")
+        cls.job = os.path.join(os.path.dirname(os.path.abspath(__file__)), "two-page-job.ps")
 
     def cupsfilter(self, ppd, user, title, options):
         command = ["cupsfilter", "-c", self.files_conf, "-p", self.installation.ppd(ppd),

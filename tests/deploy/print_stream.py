@@ -6,6 +6,7 @@ import hmac
 import os
 import re
 import subprocess
+import sys
 import tempfile
 
 UEL = b"\x1b%-12345X"
@@ -83,19 +84,12 @@ def _openssl(arguments, data):
     return result.stdout
 
 
-def read_seeds(key_dir):
-    with open(os.path.join(key_dir, "storage.seeds"), encoding="ascii") as seeds:
-        return [bytes.fromhex(line.strip()) for line in seeds if line.strip()]
-
-
-def stored_password(key_dir, password):
-    """A password as the print dialog stores it in the ticket: base64 of its
-    AES-256-CBC cipher text under the storage key material."""
-    seed1, seed2, seed3 = read_seeds(key_dir)
-    key = hmac.new(seed1, seed2, hashlib.sha256).digest()
-    cipher = _openssl(["enc", "-aes-256-cbc", "-K", key.hex(), "-iv", seed3.hex()],
-                      password.encode())
-    return base64.b64encode(cipher).decode()
+def stored_password(source_dir, key_dir, password):
+    """A password as the print dialog stores it in the ticket, made by
+    scripts/stored-password."""
+    result = subprocess.run([sys.executable, os.path.join(source_dir, "scripts", "stored-password"),
+                             password, key_dir], stdout=subprocess.PIPE, check=True)
+    return result.stdout.decode().strip()
 
 
 def open_sealed_field(key_dir, private_key, field):
