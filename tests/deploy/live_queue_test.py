@@ -134,6 +134,10 @@ class LiveQueueTest(unittest.TestCase):
                 self.assertIn("[Job %d] Job completed." % job, self.log)
                 self.assertRegex(self.log, r"\[Job %d\] PID \d+ \(\S+/filter/pstozpjl\) exited "
                                            r"with no errors\." % job)
+        # A sanitizer build of the filter reports to the scheduler's log.
+        for finding in ("Sanitizer", "runtime error"):
+            with self.subTest(finding):
+                self.assertNotIn(finding, self.log)
 
     def test_cups_counted_the_pages_from_the_page_log_lines(self):
         for queue, job in (("zpjl-production", self.production_job),
