@@ -609,7 +609,7 @@ LineClass LineCatalog::ClassifyHeaderLine(std::string_view bytes) const {
       result.group = row.group;
       result.sealed = row.sealed;
       result.exactRow = true;
-      result.row = row.table;
+      result.row = row.origin;
       result.expectedEnding = EndingOf(row.bytes);
       return result;
     }
@@ -646,8 +646,8 @@ LineClass LineCatalog::ClassifyInsertionLine(std::string_view bytes) const {
     result.group = LineGroup::kInsertion;
     result.exactRow = true;
     result.expectedEnding = "LF";
-    if (result.source.find(row.table) == std::string::npos) {
-      result.source += (result.source.empty() ? "" : ", or ") + row.table;
+    if (result.source.find(row.origin) == std::string::npos) {
+      result.source += (result.source.empty() ? "" : ", or ") + row.origin;
     }
   }
   return result;

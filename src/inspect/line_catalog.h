@@ -61,9 +61,9 @@ constexpr char kValueMark = '\x01';
 // One row of a filter table, expanded.
 struct LineTemplate {
   LineGroup group;
-  std::string bytes;  // the line with its end; kValueMark stands for the value
-  bool sealed;        // the value is a sealed password field
-  std::string table;  // table name and row, "JBAFmtTableCommon[12]"
+  std::string bytes;   // the line with its end; kValueMark stands for the value
+  bool sealed;         // the value is a sealed password field
+  std::string origin;  // table and row ("JBAFmtTableCommon[12]"); insertion: the PPD feature
 };
 
 // The envelope's bytes, expanded from the frame's tables.

@@ -18,15 +18,15 @@ TEST(InspectCatalog, EveryKnownNameHasWordsAndAGroup) {
     std::string text = row.bytes;
     while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
     const PJLLine line = ParsePJLLine(text);
-    EXPECT_NE(LineCatalog::Words(line.kind, line.name), nullptr) << row.table << ": " << line.name;
-    EXPECT_NE(row.group, LineGroup::kUnknown) << row.table;
-    EXPECT_LE(std::count(row.bytes.begin(), row.bytes.end(), kValueMark), 1) << row.table;
+    EXPECT_NE(LineCatalog::Words(line.kind, line.name), nullptr) << row.origin << ": " << line.name;
+    EXPECT_NE(row.group, LineGroup::kUnknown) << row.origin;
+    EXPECT_LE(std::count(row.bytes.begin(), row.bytes.end(), kValueMark), 1) << row.origin;
   }
   for (const LineTemplate& row : Catalog().insertionLines()) {
     std::string text = row.bytes;
     text.pop_back();
     const PJLLine line = ParsePJLLine(text);
-    EXPECT_NE(LineCatalog::Words(line.kind, line.name), nullptr) << row.table << ": " << line.name;
+    EXPECT_NE(LineCatalog::Words(line.kind, line.name), nullptr) << row.origin << ": " << line.name;
   }
   for (const LineCatalog::NamedLine& named : LineCatalog::NamesWrittenByCode()) {
     EXPECT_NE(LineCatalog::Words(named.kind, named.name), nullptr) << named.name;
@@ -62,8 +62,8 @@ TEST(InspectCatalog, RowsOfEveryTableAreThere) {
     for (const LineTemplate& row : Catalog().templates()) {
       if (row.bytes != expected.bytes) continue;
       found = true;
-      EXPECT_EQ(row.group, expected.group) << row.table;
-      EXPECT_EQ(row.sealed, expected.sealed) << row.table;
+      EXPECT_EQ(row.group, expected.group) << row.origin;
+      EXPECT_EQ(row.sealed, expected.sealed) << row.origin;
     }
     EXPECT_TRUE(found) << expected.bytes;
   }
