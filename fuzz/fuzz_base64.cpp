@@ -60,11 +60,12 @@ void DecodeAnyText(fuzz::Input& in) {
   std::string text = in.Rest();
   // The decoder may be handed a length beyond the text's NUL, never beyond
   // the buffer holding it.
-  if (length > 0 && text.size() < static_cast<size_t>(length)) text.resize(static_cast<size_t>(length));
+  if (length > 0 && text.size() < static_cast<size_t>(length))
+    text.resize(static_cast<size_t>(length));
   std::vector<uint8_t> out(capacity > 0 ? static_cast<size_t>(capacity) : 0);
   int32_t outLength = -7;
-  int32_t result = XSPB64ToBin(text.c_str(), length, capacity > 0 ? out.data() : nullptr,
-                               &outLength, capacity);
+  int32_t result =
+      XSPB64ToBin(text.c_str(), length, capacity > 0 ? out.data() : nullptr, &outLength, capacity);
   if (length <= 0 || capacity < 0 || length % 4 != 0) {
     fuzz::Check(result == kXSPBadLength || result == kXSPMissingPointer, "bad lengths refused");
     return;
@@ -162,10 +163,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static fuzz::StdoutCapture capture;  // the crypto layer's messages go to stdout
   fuzz::Input in(data, size);
   switch (in.Byte() % 4) {
-    case 0: RoundTrip(in.Rest()); break;
-    case 1: DecodeAnyText(in); break;
-    case 2: GetterOnAnyValue(in); break;
-    default: SealedPassword(in); break;
+    case 0:
+      RoundTrip(in.Rest());
+      break;
+    case 1:
+      DecodeAnyText(in);
+      break;
+    case 2:
+      GetterOnAnyValue(in);
+      break;
+    default:
+      SealedPassword(in);
+      break;
   }
   capture.Take();
   return 0;

@@ -59,8 +59,12 @@ std::string ModelExpand(const std::string& format, const std::vector<Param>& par
     const Param& param = params[index];
     std::string converted;
     switch (work[p + 1]) {
-      case 'd': converted = std::to_string(param.Number()); break;
-      case 'c': converted = param.Text().substr(0, 1); break;
+      case 'd':
+        converted = std::to_string(param.Number());
+        break;
+      case 'c':
+        converted = param.Text().substr(0, 1);
+        break;
       default:
         if (param.Text().empty()) return out.substr(0, outSize - 1);
         converted = param.Text().substr(0, kCommandBufferSize - 1);
@@ -75,8 +79,9 @@ std::string ModelExpand(const std::string& format, const std::vector<Param>& par
 }
 
 const CompareFunc kFunctions[] = {
-    IntCampareFunc,         IntNoEqualCampareFunc, StrEqualCampareFunc,   StrContainCampareFunc,
-    StrNotContainCampareFunc, StrNoNULLCampareFunc,  StrIsNULLCampareFunc, StrLengthLessThanCampareFunc,
+    IntCampareFunc,        IntNoEqualCampareFunc,        StrEqualCampareFunc,
+    StrContainCampareFunc, StrNotContainCampareFunc,     StrNoNULLCampareFunc,
+    StrIsNULLCampareFunc,  StrLengthLessThanCampareFunc,
 };
 
 struct Item {
@@ -92,14 +97,22 @@ struct Item {
 bool ModelHolds(const Item& item) {
   bool has = !item.missing && !item.text.empty();
   switch (item.function) {
-    case 0: return item.value == item.reference;
-    case 1: return item.value != item.reference;
-    case 2: return item.text == item.referenceText;
-    case 3: return has && item.text.find(item.referenceText) != std::string::npos;
-    case 4: return !has || item.text.find(item.referenceText) == std::string::npos;
-    case 5: return has;
-    case 6: return !has;
-    default: return static_cast<int64_t>(item.text.size()) < item.reference;
+    case 0:
+      return item.value == item.reference;
+    case 1:
+      return item.value != item.reference;
+    case 2:
+      return item.text == item.referenceText;
+    case 3:
+      return has && item.text.find(item.referenceText) != std::string::npos;
+    case 4:
+      return !has || item.text.find(item.referenceText) == std::string::npos;
+    case 5:
+      return has;
+    case 6:
+      return !has;
+    default:
+      return static_cast<int64_t>(item.text.size()) < item.reference;
   }
 }
 
@@ -119,8 +132,8 @@ void CheckConditions(fuzz::Input& in) {
   for (Item& item : items) {
     item.referenceCell = item.referenceText.c_str();
     const void* value = item.function <= 1 ? static_cast<const void*>(&item.value)
-                        : item.missing    ? nullptr
-                                          : static_cast<const void*>(item.text.c_str());
+                        : item.missing     ? nullptr
+                                           : static_cast<const void*>(item.text.c_str());
     const void* reference = (item.function >= 2 && item.function <= 4)
                                 ? static_cast<const void*>(&item.referenceCell)
                                 : static_cast<const void*>(&item.reference);

@@ -1,6 +1,7 @@
-// The whole job header from a job ticket: one job through FilterMain with an
-// empty PostScript job, so that every module reads the ticket and writes its
-// header lines.
+// The whole job header from a job ticket: one job through FilterMain, so
+// that every module reads the ticket and writes its header lines, on a small
+// PostScript job that has every injection point, so that the PostScript
+// modules write theirs.
 //
 // Input: one byte choosing the printer (a fixture PPD, or none), then the
 // ticket text, then optionally NUL, the user name, NUL, the title.
@@ -11,6 +12,7 @@
 #include "frame/job_state.h"
 #include "fuzz_support.h"
 #include "modules/job_comments/job_comments.h"
+#include "modules/watermark/watermark.h"
 
 namespace {
 
@@ -34,10 +36,23 @@ const Printer kPrinters[] = {
 };
 constexpr size_t kPrinterCount = sizeof kPrinters / sizeof kPrinters[0];
 
+// Every line at which the pass-through lets the modules write.
+const char kJob[] =
+    "%!PS-Adobe-3.0\n%%BeginProlog\n%%EndProlog\n%%BeginSetup\n%%EndSetup\n"
+    "userdict/setpagedevice{pop}bind put\nbp\n%%EndPageSetup\n(page) show\nep\n"
+    "bp\n%%EndPageSetup\nendp\nshowpage\n";
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static fuzz::StdoutCapture capture;
+  static fuzz::MemoryFile jobFile("job");
+  static const bool ready = [] {
+    setenv("TMPDIR", "/dev/shm", 0);  // the insertion mode's spool file
+    jobFile.Set(kJob);
+    return true;
+  }();
+  (void)ready;
   fuzz::Input in(data, size);
   const Printer& printer = kPrinters[in.Byte() % kPrinterCount];
   std::string ticket = in.UntilNul();
@@ -51,19 +66,22 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   ResetJobState();
   CommentResetOptionRecord();
+  ResetWatermarkState();
 
-  char name[] = "pstozpjl", id[] = "1", copies[] = "1", input[] = "/dev/null";
-  char* argv[] = {name, id, user.data(), title.data(), copies, ticket.data(), input, nullptr};
+  char name[] = "pstozpjl", id[] = "1", copies[] = "1";
+  std::string input = jobFile.path();
+  char* argv[] = {name,          id,           user.data(), title.data(), copies,
+                  ticket.data(), input.data(), nullptr};
   int status = FilterMain(7, argv);
   std::string stream = fuzz::AfterCryptoMessages(capture.Take());
 
   fuzz::Check(status == 0, "exit status 0");
   fuzz::Check(fuzz::StartsWith(stream, fuzz::UniversalExit() + "@PJL"),
               "the stream starts with the universal exit language", fuzz::Visible(stream));
-  // An empty job: pass-through writes only Ctrl-D; the insertion mode writes
-  // its language switch and nothing of the (empty) spool.
-  const std::string end = printer.insertion ? "@PJL ENTER LANGUAGE=POSTSCRIPT\n" + fuzz::Trailer()
-                                            : "\x04" + fuzz::Trailer();
+  // The job's end: Ctrl-D after the last line in pass-through; in the
+  // insertion mode the held-back last line end, as an empty line.
+  const std::string end =
+      printer.insertion ? "\n\n" + fuzz::Trailer() : "showpage\n\x04" + fuzz::Trailer();
   fuzz::Check(fuzz::EndsWith(stream, end), "the stream ends with the job end and trailer",
               fuzz::Visible(stream.substr(stream.size() > 200 ? stream.size() - 200 : 0)));
   return 0;

@@ -116,18 +116,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::string title = in.UntilNul();
 
   // The table check on the raw bytes.
-  fuzz::Check((ValidateDada(user.c_str(), &table) == 1) == ModelValid(user, table),
-              "range check", fuzz::Visible(user));
+  fuzz::Check((ValidateDada(user.c_str(), &table) == 1) == ModelValid(user, table), "range check",
+              fuzz::Visible(user));
   fuzz::Check((IsAllSpace(user.c_str()) == 1) == ModelAllSpace(user), "all-space check");
 
   setenv("PPD", fuzz::Fixture(utf8 ? "ppd/text-utf8.ppd" : "ppd/text-shiftjis.ppd").c_str(), 1);
   const int32_t products[] = {0, 2, 3, 5, anyNumber};
   int32_t product = products[productChoice];
-  std::string ticket =
-      productChoice == 0
-          ? ""
-          : "com.korvanel.qd.jtz.printsettings.PrintTypeProductTypeTicketKey=" +
-                std::to_string(product);
+  std::string ticket = productChoice == 0
+                           ? ""
+                           : "com.korvanel.qd.jtz.printsettings.PrintTypeProductTypeTicketKey=" +
+                                 std::to_string(product);
   char name[] = "pstozpjl", id[] = "1", copies[] = "1";
   char* argv[] = {name, id, user.data(), title.data(), copies, ticket.data(), nullptr};
   ResetJobState();
@@ -138,9 +137,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::string userName(StdUserName, nameLength);
   if (userName != "UnknownUser") {
     fuzz::Check(!userName.empty() && !ModelAllSpace(userName), "a kept user name has text");
-    fuzz::Check(ModelValid(userName, utf8 ? userNameValidateDataScaleForUTF8
-                                          : userNameValidateDataScale),
-                "a kept user name passes its table", fuzz::Visible(userName));
+    fuzz::Check(
+        ModelValid(userName, utf8 ? userNameValidateDataScaleForUTF8 : userNameValidateDataScale),
+        "a kept user name passes its table", fuzz::Visible(userName));
   }
   if (utf8) {
     fuzz::Check(CountUTF16Units(StdUserName) <= 255, "a user name of at most 255 units");

@@ -22,8 +22,16 @@ namespace {
 
 // Every attribute name the filter asks for, and a few prefixes of them.
 const char* const kKeywords[] = {
-    "KRPrinterLanguageEncoding", "KRPSDecompMode", "PCFileName", "CommentOn", "ColorDevice",
-    "KRZPrintTypeSettings", "LanguageEncoding", "KR", "", "DefaultKRColorMode",
+    "KRPrinterLanguageEncoding",
+    "KRPSDecompMode",
+    "PCFileName",
+    "CommentOn",
+    "ColorDevice",
+    "KRZPrintTypeSettings",
+    "LanguageEncoding",
+    "KR",
+    "",
+    "DefaultKRColorMode",
 };
 
 const char* const kPageSizes[] = {"A4", "A3", "Letter", "Tabloid", "Custom.100x200", "", "DL"};

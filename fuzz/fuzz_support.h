@@ -158,11 +158,13 @@ inline bool StartsWith(const std::string& text, const std::string& start) {
 // opened is met while the ticket is read, before the header, so its lines
 // come first. Returns the stream after them.
 inline std::string AfterCryptoMessages(const std::string& stream) {
-  static const char* const kStarts[] = {"AES Error", "ERROR[", "RSA Error", "Generate Random Error"};
+  static const char* const kStarts[] = {"AES Error", "ERROR[", "RSA Error",
+                                        "Generate Random Error"};
   size_t at = 0;
   for (;;) {
     bool message = false;
-    for (const char* start : kStarts) message = message || stream.compare(at, strlen(start), start) == 0;
+    for (const char* start : kStarts)
+      message = message || stream.compare(at, strlen(start), start) == 0;
     size_t end = stream.find('\n', at);
     if (!message || end == std::string::npos) return stream.substr(at);
     at = end + 1;

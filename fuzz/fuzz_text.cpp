@@ -197,7 +197,8 @@ void CheckSlashNumbers(const std::string& text, size_t limit) {
   std::string before(buffer.data(), terminated ? text.size() : limit);
   numstrtochar(buffer.data(), static_cast<int32_t>(limit));
   if (!terminated) {
-    fuzz::Check(std::string(buffer.data(), limit) == before, "an unterminated buffer is left alone");
+    fuzz::Check(std::string(buffer.data(), limit) == before,
+                "an unterminated buffer is left alone");
     return;
   }
   std::string got(buffer.data());
@@ -222,8 +223,9 @@ void CheckWidthCut(const std::string& text, int32_t limit) {
   std::string got(buffer.data());
   fuzz::Check(text.compare(0, got.size(), got) == 0, "the cut keeps a prefix");
   if (limit >= 1 && got.size() < text.size()) {
-    fuzz::Check(got.size() == static_cast<size_t>(limit) || got.size() + 1 == static_cast<size_t>(limit),
-                "the cut is at the limit or one before it");
+    fuzz::Check(
+        got.size() == static_cast<size_t>(limit) || got.size() + 1 == static_cast<size_t>(limit),
+        "the cut is at the limit or one before it");
   }
 }
 

@@ -48,7 +48,8 @@ int main(int argc, char* argv[]) {
   }
   for (const std::string& file : files) {
     std::ifstream in(file, std::ios::binary);
-    std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(in)),
+                               std::istreambuf_iterator<char>());
     LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
   }
   fprintf(stderr, "replayed %zu inputs\n", files.size());

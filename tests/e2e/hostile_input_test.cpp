@@ -29,8 +29,25 @@ std::string Key(const std::string& suffix, const std::string& value) {
   return kPrefix + suffix + "=" + value + " ";
 }
 
+// A job with every line at which the modules write PostScript.
+const char kEveryInjectionPoint[] =
+    "%!PS-Adobe-3.0\n%%BeginProlog\n%%EndProlog\n%%BeginSetup\n%%EndSetup\n"
+    "userdict/setpagedevice{pop}bind put\nbp\n%%EndPageSetup\n(page) show\nep\n"
+    "bp\n%%EndPageSetup\nendp\nshowpage\n";
+
+// The watermark and the finishing PostScript switched on.
+std::string PostScriptModulesOn() {
+  return Key("WMARKTypeTicket", "0") + Key("WMARKNameTicket", "w") +
+         Key("WMARKTextTicket", "(Draft)") + Key("WMARKFontTicket", "Courier") +
+         Key("SeparatorPageListTicket", "2") + Key("SeparatorPageTicket", "1") +
+         Key("BookletMarginSwitchTicket", "1") + Key("BookletMarginMMShiftTicket", "5") +
+         Key("AutoFitSwitchTicket", "1");
+}
+
 // Under Valgrind everything runs tens of times slower: big inputs shrink.
-size_t Big(size_t bytes) { return std::getenv("ZPJL_UNDER_VALGRIND") != nullptr ? bytes / 20 : bytes; }
+size_t Big(size_t bytes) {
+  return std::getenv("ZPJL_UNDER_VALGRIND") != nullptr ? bytes / 20 : bytes;
+}
 
 // Secure print and an accounting user password, both stored as the print
 // dialog stores them: every job takes the password-sealing path.
@@ -45,8 +62,8 @@ const std::string& PasswordTicket() {
   return ticket;
 }
 
-// Every ticket key whose value the modules take as text (the password keys
-// apart, which carry the stored password).
+// Every ticket key whose value the modules take as text, password keys too,
+// but for the two that carry the stored password.
 const char* const kTextKeys[] = {
     "com.korvanel.qd.jtz.printsettings.DocumentNameTicketKey",
     "com.korvanel.qd.jtz.printsettings.DelayPrintTicketKey",
@@ -71,13 +88,51 @@ const char* const kTextKeys[] = {
     "com.korvanel.qd.jtz.printsettings.ZPIFCoverValueTicket_0",
     "com.korvanel.qd.jtz.printsettings.ZPIFInsertionValueTicket_0",
     "com.korvanel.qd.jtz.printsettings.ZPIFExceptionValueTicket_0",
-    "sides", "KRColorMode", "number-up", "KRStaple", "KRPunch", "KRNumPunchHoles", "KRSignature",
-    "KRSigVol", "KRLineWeightAdjustment", "KRTonerSaver", "KRTonerReductionRate",
-    "KRPBindPosition", "KRPBindTrimming", "KRPBindCutPageSize", "KRPBindCutPositionTop",
-    "KRPBindCutPositionFore", "KRPBindPageSize", "KRPBindCoverPageSize", "KRPBindCoverMediaType",
-    "KRPBindCoverMediaColor", "KRPBindCoverPaperTray", "KRPBindRotationAdjustTop",
-    "KRPBindRotationAdjustBot", "KRPBindRotationAdjustFore", "KRPBindCutPageAdjustmentTB",
-    "KRPBindCutPageAdjustmentFore", "KRPBindCutPositionAdjustmentTB", "KRPBindCoverAdjustX",
+    "com.korvanel.qd.jtz.printsettings.WMARKNameTicket",
+    "com.korvanel.qd.jtz.printsettings.WMARKTextTicket",
+    "com.korvanel.qd.jtz.printsettings.WMARKFilePathTicket",
+    "com.korvanel.qd.jtz.printsettings.WMARKFontTicket",
+    "com.korvanel.qd.jtz.printsettings.TabMarginMMShiftTicket",
+    "com.korvanel.qd.jtz.printsettings.TrimmerMMCuttingSizeTicket",
+    "com.korvanel.qd.etz.printsettings.TrimmerWidthMMSizeTicket",
+    "com.korvanel.qd.etz.printsettings.TrimmerHeightMMSizeTicket",
+    "com.korvanel.qd.etz.printsettings.TrimmerAdjustMMSizeTicket",
+    "com.korvanel.qd.jtz.printsettings.NumInSequenceLArrowTicket",
+    "com.korvanel.qd.jtz.printsettings.OffsetStackingPagesLArrowTicket",
+    "com.korvanel.qd.jtz.printsettings.OffsetStackingUnitsLArrowTicket",
+    "com.korvanel.qd.jtz.printsettings.SeparatorPageTicket",
+    "com.korvanel.qd.jtz.printsettings.BookletMarginMMShiftTicket",
+    "com.korvanel.qd.jtz.printsettings.featuresMediaTypeTabTicket",
+    "com.korvanel.qd.jtz.printsettings.CoilPunchFaceTicket",
+    "media",
+    "sides",
+    "KRColorMode",
+    "number-up",
+    "KRStaple",
+    "KRPunch",
+    "KRNumPunchHoles",
+    "KRSignature",
+    "KRSigVol",
+    "KRLineWeightAdjustment",
+    "KRTonerSaver",
+    "KRTonerReductionRate",
+    "KRPBindPosition",
+    "KRPBindTrimming",
+    "KRPBindCutPageSize",
+    "KRPBindCutPositionTop",
+    "KRPBindCutPositionFore",
+    "KRPBindPageSize",
+    "KRPBindCoverPageSize",
+    "KRPBindCoverMediaType",
+    "KRPBindCoverMediaColor",
+    "KRPBindCoverPaperTray",
+    "KRPBindRotationAdjustTop",
+    "KRPBindRotationAdjustBot",
+    "KRPBindRotationAdjustFore",
+    "KRPBindCutPageAdjustmentTB",
+    "KRPBindCutPageAdjustmentFore",
+    "KRPBindCutPositionAdjustmentTB",
+    "KRPBindCoverAdjustX",
     "KRPBindCoverAdjustY",
 };
 
@@ -163,7 +218,7 @@ TEST_P(HostileJob, EndsSoundly) {
   FilterJob job;
   job.ppd = Fixture("ppd/utf8-color.ppd");
   job.options = PasswordTicket();
-  job.input = "%!PS\n%%EndProlog\nbp\nep\n";
+  job.input = kEveryInjectionPoint;
   c.make(job, dir);
   auto start = std::chrono::steady_clock::now();
   FilterRun run = RunFilter(job);
@@ -173,7 +228,8 @@ TEST_P(HostileJob, EndsSoundly) {
   // numbers in it claim to be.
   EXPECT_LT(seconds, std::getenv("ZPJL_UNDER_VALGRIND") != nullptr ? 300.0 : 20.0);
   if (c.sealsPassword) {
-    EXPECT_TRUE(Contains(run.out, "@PJL SET HOLDENCRYPTKEY=\"")) << Visible(run.out.substr(0, 3000));
+    EXPECT_TRUE(Contains(run.out, "@PJL SET HOLDENCRYPTKEY=\""))
+        << Visible(run.out.substr(0, 3000));
   }
   if (c.expect) c.expect(run);
 }
@@ -221,10 +277,10 @@ std::vector<HostileCase> TicketCases() {
       {"HundredKilobyteNumbers",
        [](FilterJob& job, const ScratchDir&) {
          std::string nines = Repeat("9", 100 * 1024);
-         job.options += "number-up=" + nines.substr(0, 30 * 1024) +
-                        " KRTonerSaver=UserInput KRTonerReductionRate=Reduce_" +
-                        nines.substr(0, 30 * 1024) + " KRPBindPosition=BindLeft KRPBindCoverAdjustX=" +
-                        nines.substr(0, 30 * 1024) + " ";
+         job.options +=
+             "number-up=" + nines.substr(0, 30 * 1024) +
+             " KRTonerSaver=UserInput KRTonerReductionRate=Reduce_" + nines.substr(0, 30 * 1024) +
+             " KRPBindPosition=BindLeft KRPBindCoverAdjustX=" + nines.substr(0, 30 * 1024) + " ";
        },
        [](const FilterRun& run) {
          ExpectSmallStream(run);
@@ -244,12 +300,47 @@ std::vector<HostileCase> TicketCases() {
          job.title = "%n%s%x%p";
          for (const char* key : kTextKeys) job.options += std::string(key) + "=%n%s%n%s ";
          job.options += Key("ZPIFCoverCountTicket", "1") + Key("ZPIFInsertionCountTicket", "1") +
-                        Key("ZPIFExceptionCountTicket", "1");
+                        Key("ZPIFExceptionCountTicket", "1") + Key("WMARKTypeTicket", "0") +
+                        Key("SeparatorPageListTicket", "2") +
+                        Key("BookletMarginSwitchTicket", "1") + Key("TabMarginSwitchTicket", "1");
        },
        [](const FilterRun& run) {
          EXPECT_EQ(AttributeValue(run.out, "LUNA"), "%n%s%n%s");
          EXPECT_EQ(AttributeValue(run.out, "ACNA"), "%n%s%x%p");
          EXPECT_TRUE(Contains(run.out, "@PJL SET JOBATTR=\"@EIST=%n%s%n%s\"\n"));
+         // Texts that reach the PostScript and the finishing rows stay text.
+         EXPECT_TRUE(Contains(run.out, "\n%n%s%n%s show\n"));
+         EXPECT_TRUE(Contains(run.out, "/%n%s%n%s "));
+         EXPECT_TRUE(Contains(run.out, "SeparatorPages[%n%s%n%s]"));
+         EXPECT_TRUE(Contains(run.out, "@PJL SET JOBATTR=\"@TABS=%n%s\"\n"));
+       }},
+      {"ExtremeWatermarkNumbers",
+       [](FilterJob& job, const ScratchDir&) {
+         job.options +=
+             PostScriptModulesOn() + Key("WMARKAngleTicket", "2147483647") +
+             Key("WMARKDensityTicket", "-2147483648") + Key("WMARKFontSizeTicket", "99999999999") +
+             Key("WMARKOrientationTicket", "1") + Key("WMARKPaperWidthTicket", "2147483647") +
+             Key("WMARKPaperHeightTicket", "-2147483648") + Key("WMARKWidthTicket", "1e39") +
+             Key("WMARKHeightTicket", "nan") + Key("WMARKColorRTicket", "1e308") +
+             Key("WMARKColorGTicket", "-inf") + Key("WMARKhOffsetTicket", "-1e39") +
+             Key("WMARKvOffsetTicket", "0x1p200");
+       },
+       [](const FilterRun& run) {
+         EXPECT_TRUE(Contains(run.out, " setrgbcolor\n"));
+         EXPECT_TRUE(Contains(run.out, " moveto\n"));
+         EXPECT_TRUE(Contains(run.out, "(Draft) show\n"));
+       }},
+      {"HundredKilobyteWatermarkAndSeparatorTexts",
+       [big](FilterJob& job, const ScratchDir&) {
+         job.options += PostScriptModulesOn() + Key("WMARKFontTicket", big.substr(0, 30000)) +
+                        Key("WMARKTextTicket", big.substr(0, 30000)) +
+                        Key("SeparatorPageTicket", big.substr(0, 30000));
+       },
+       [](const FilterRun& run) {
+         // Each PostScript line is formatted into a 100-byte buffer.
+         EXPECT_TRUE(Contains(run.out, "\n/" + std::string(98, 'u')));
+         EXPECT_TRUE(Contains(run.out, "1 dict dup/SeparatorPages[uuu"));
+         ExpectSmallStream(run);
        }},
       {"BinaryBytesInNamesLegacyPrinter",
        [](FilterJob& job, const ScratchDir&) {
@@ -304,7 +395,8 @@ std::vector<HostileCase> TicketCases() {
        [](const FilterRun& run) { EXPECT_FALSE(Contains(run.out, "@EFCV=")); }},
       {"LayoutOfThousandByThousand",
        [](FilterJob& job, const ScratchDir&) {
-         job.options += "com.apple.print.PrintSettings.PMLayoutRows..n.=1000 "
+         job.options += PostScriptModulesOn() +
+                        "com.apple.print.PrintSettings.PMLayoutRows..n.=1000 "
                         "com.apple.print.PrintSettings.PMLayoutColumns..n.=1000 ";
        },
        [](const FilterRun& run) {
@@ -312,6 +404,13 @@ std::vector<HostileCase> TicketCases() {
          std::string nup = AttributeValue(run.out, "NLPP");
          ASSERT_NE(nup, "<none>");
          EXPECT_LE(nup.size(), 3u) << nup;
+         // A million pages a side: separator pages and auto-fit go to the
+         // page-device line of an N-up job, once.
+         size_t device = run.out.find("userdict/setpagedevice{pop}bind put\n");
+         size_t separator = run.out.find("/setcoverseparator get exec\n");
+         ASSERT_NE(separator, std::string::npos);
+         EXPECT_LT(separator, device);
+         EXPECT_EQ(run.out.find("/setcoverseparator", separator + 1), std::string::npos);
        }},
   };
   return cases;
@@ -328,7 +427,9 @@ std::string Bytes(const char (&literal)[N]) {
   return std::string(literal, N - 1);
 }
 
-std::string PPDText(const char* fixture) { return ReadFile(Fixture(std::string("ppd/") + fixture)); }
+std::string PPDText(const char* fixture) {
+  return ReadFile(Fixture(std::string("ppd/") + fixture));
+}
 
 std::vector<HostileCase> PrinterCases() {
   auto usesPPD = [](std::function<std::string()> text) {
@@ -428,8 +529,10 @@ std::vector<HostileCase> PostScriptCases() {
       {"NulBytesInFeatureLines",
        [insertionPPD](FilterJob& job, const ScratchDir&) {
          job.ppd = insertionPPD;
-         job.input = Bytes("%%BeginFeature: *KRSetTrapMode\0True\nTTRC\0" "1 GTRC 2 ITRC 3 TSCR 4 "
-                           "GSCR 5 ISCR 6\nep\n");
+         job.input = Bytes(
+             "%%BeginFeature: *KRSetTrapMode\0True\nTTRC\0"
+             "1 GTRC 2 ITRC 3 TSCR 4 "
+             "GSCR 5 ISCR 6\nep\n");
        },
        [](const FilterRun& run) {
          // A NUL ends the text that the feature and screen scans see: no
