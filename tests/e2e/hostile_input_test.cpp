@@ -550,6 +550,16 @@ std::vector<HostileCase> PostScriptCases() {
          EXPECT_EQ(Body(run), "");
          EXPECT_TRUE(Contains(run.err, "Unable to open print file")) << run.err;
        }},
+      {"InputFileWithoutReadPermission",
+       [](FilterJob& job, const ScratchDir& dir) {
+         job.file = dir.File("locked.ps");
+         WriteFile(*job.file, "%!PS\nshowpage\n");
+         chmod(job.file->c_str(), 0);
+       },
+       [](const FilterRun& run) {
+         // Permissions do not hold back the superuser.
+         EXPECT_EQ(Body(run), geteuid() == 0 ? "%!PS\nshowpage\n\x04" : "");
+       }},
       {"DirectoryAsInputFile",
        [](FilterJob& job, const ScratchDir& dir) { job.file = dir.File(""); },
        [](const FilterRun& run) { EXPECT_EQ(Body(run), "\x04"); }},
