@@ -5,7 +5,6 @@ root directory (the machine's own package database is not touched).
     package_test.py --build BUILD_DIR --source SOURCE_DIR
 """
 
-import argparse
 import glob
 import os
 import re
@@ -124,16 +123,6 @@ class PackageTest(unittest.TestCase):
         self.assertEqual([], left)
 
 
-def main():
-    global ARGS
-    parser = argparse.ArgumentParser()
-    parser.add_argument("--build", required=True)
-    parser.add_argument("--source", required=True)
-    ARGS, rest = parser.parse_known_args()
-    ARGS.build = os.path.abspath(ARGS.build)
-    ARGS.source = os.path.abspath(ARGS.source)
-    unittest.main(argv=[sys.argv[0]] + rest, verbosity=2)
-
-
 if __name__ == "__main__":
-    main()
+    ARGS = cups_instance.arguments()
+    cups_instance.run_tests(ARGS)

@@ -4,7 +4,6 @@ import base64
 import hashlib
 import hmac
 import os
-import re
 import subprocess
 import sys
 import tempfile
@@ -66,12 +65,6 @@ def match_lines(test, expected, actual):
         else:
             test.assertIsNotNone(want.fullmatch(line), "line %d:\n%s" % (index, shown))
     test.assertEqual(len(expected), len(actual), "extra lines:\n" + shown)
-
-
-def quoted_field(line):
-    """The text between the double quotes of a PJL line."""
-    match = re.search(rb'"([^"]*)"', line)
-    return match.group(1) if match else None
 
 
 # ---- Passwords -------------------------------------------------------------------
