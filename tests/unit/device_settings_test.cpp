@@ -2,30 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
-#include <functional>
-#include <set>
 #include <string>
-#include <utility>
 
 #include "frame/fixed_text.h"
 #include "modules/job_comments/job_comments.h"
 #include "platform/job_ppd.h"
+#include "test_support.h"
 
 namespace {
-
-std::string FixturePPD(const char* name) {
-  return std::string(ZPJL_FIXTURES) + "/ppd/" + name;
-}
-
-void UsePPD(const char* name) { setenv("PPD", FixturePPD(name).c_str(), 1); }
-
-std::string Capture(const std::function<void()>& write) {
-  testing::internal::CaptureStdout();
-  write();
-  return testing::internal::GetCapturedStdout();
-}
 
 class DeviceSettingsTest : public testing::Test {
  protected:
@@ -79,7 +64,7 @@ TEST_F(DeviceSettingsTest, TonerSaverLines) {
     CommentResetOptionRecord();
     Set(psoptioncomment.tonerSaver, c.saver);
     Set(psoptioncomment.tonerReductionRate, c.rate);
-    EXPECT_EQ(Capture(OutputZPJLCommandForTonerSaver), c.expected);
+    EXPECT_EQ(CaptureStdout(OutputZPJLCommandForTonerSaver), c.expected);
   }
 }
 
@@ -110,7 +95,7 @@ TEST_F(DeviceSettingsTest, LineWeightComesBeforeRenderMode) {
     CommentResetOptionRecord();
     Set(psoptioncomment.lineWeightAdjustment, c.weight);
     Set(psoptioncomment.colorMode, "Black");
-    EXPECT_EQ(Capture(OutputZPJLCommandOthers),
+    EXPECT_EQ(CaptureStdout(OutputZPJLCommandOthers),
               std::string(c.expected) + "@PJL SET RENDERMODE=GRAYSCALE\n");
   }
 }
@@ -120,7 +105,7 @@ TEST_F(DeviceSettingsTest, LineWeightDigitSearchStopsAtAFullBuffer) {
   std::memset(psoptioncomment.lineWeightAdjustment, 'S', kCommentTextSize - 1);
   std::memcpy(psoptioncomment.lineWeightAdjustment, "Strongly", 8);
   Set(psoptioncomment.colorMode, "Color");
-  EXPECT_EQ(Capture(OutputZPJLCommandOthers), "@PJL SET RENDERMODE=COLOR\n");
+  EXPECT_EQ(CaptureStdout(OutputZPJLCommandOthers), "@PJL SET RENDERMODE=COLOR\n");
 }
 
 struct RenderCase {
@@ -152,33 +137,8 @@ TEST_F(DeviceSettingsTest, RenderModeByColorModeAndPPD) {
     UsePPD(c.ppd);
     CommentResetOptionRecord();
     Set(psoptioncomment.colorMode, c.colorMode);
-    EXPECT_EQ(Capture(OutputZPJLCommandOthers), c.expected);
+    EXPECT_EQ(CaptureStdout(OutputZPJLCommandOthers), c.expected);
   }
-}
-
-struct PrinterCase {
-  const char* ppd;
-  int colorDevice;
-  int defaultColor;
-};
-
-TEST_F(DeviceSettingsTest, PrinterColourQuestions) {
-  const PrinterCase cases[] = {
-      {"jobinfo-utf8-color.ppd", 1, 1},
-      {"jobinfo-utf8-color-black-default.ppd", 1, 0},
-      {"jobinfo-legacy-mono.ppd", 0, 1},
-      {"jobinfo-no-encoding-no-pcfilename.ppd", 1, 0},
-      {"no-such-file.ppd", 0, 0},
-  };
-  for (const PrinterCase& c : cases) {
-    SCOPED_TRACE(c.ppd);
-    UsePPD(c.ppd);
-    EXPECT_EQ(IsColorDeivce(), c.colorDevice);
-    EXPECT_EQ(getDefaultColorMode(), c.defaultColor);
-  }
-  unsetenv("PPD");
-  EXPECT_EQ(IsColorDeivce(), 0);
-  EXPECT_EQ(getDefaultColorMode(), 0);
 }
 
 // ---- Device-settings command table ------------------------------------------------
@@ -190,6 +150,7 @@ struct LookupCase {
 };
 
 TEST(DeviceSettingsLookupTest, FindsTheRowOfKeywordAndChoice) {
+  ASSERT_EQ(FeaturePPDKeyNameandMarkedValuetoPJLCommandNum, 123);
   const LookupCase cases[] = {
       {"*KRSetTrapMode", "False", "@PJL SET JOBATTR=\"@TRAP=OFF\"\n"},
       {"*KRSetTrapMode", "True", "@PJL SET JOBATTR=\"@TRAP=ON\"\n"},
@@ -234,32 +195,12 @@ TEST(DeviceSettingsLookupTest, FindsTheRowOfKeywordAndChoice) {
   EXPECT_EQ(GetThePJLCommandfromKeywordsandMarkedValue("*KRSetTrapMode", nullptr), nullptr);
 }
 
-TEST(DeviceSettingsLookupTest, TableHoldsEveryRowOnceInItsOrder) {
-  ASSERT_EQ(FeaturePPDKeyNameandMarkedValuetoPJLCommandNum, 123);
-  const DeviceSettingCommand* table = FeaturePPDKeyNameandMarkedValuetoPJLCommand;
-  EXPECT_STREQ(table[0].keyword, "KRSetTrapMode");
-  EXPECT_STREQ(table[38].command, "@PJL SET JOBATTR=\"@BSPM=ON\"\n");
-  EXPECT_STREQ(table[39].keyword, "KRColorDensityCyanLow");
-  EXPECT_STREQ(table[39].choice, "-3");
-  EXPECT_STREQ(table[122].keyword, "KRColorDensityBlackHigh");
-  EXPECT_STREQ(table[122].choice, "+3");
-
-  std::set<std::pair<std::string, std::string>> seen;
-  for (int32_t i = 0; i < FeaturePPDKeyNameandMarkedValuetoPJLCommandNum; ++i) {
-    SCOPED_TRACE(i);
-    EXPECT_TRUE(seen.emplace(table[i].keyword, table[i].choice).second) << "duplicate row";
-    std::string command = table[i].command;
-    EXPECT_EQ(command.rfind("@PJL SET ", 0), 0u);
-    EXPECT_EQ(command.back(), '\n');
-  }
-}
-
 // ---- Default lines for features the PPD lacks --------------------------------------
 
 TEST_F(DeviceSettingsTest, DefaultLinesForFeaturesMissingFromThePPD) {
   ppd_file_t* ppd = AcquireJobPPD();  // defines trapping and toner saver only
   ASSERT_NE(ppd, nullptr);
-  EXPECT_EQ(Capture([&] { OutputPJLCommandForPPDKeyArray(PPDKeyArray, ppd); }),
+  EXPECT_EQ(CaptureStdout([&] { OutputPJLCommandForPPDKeyArray(PPDKeyArray, ppd); }),
             "@PJL SET JOBATTR=\"@GRGU=OFF\"\n"
             "@PJL SET JOBATTR=\"@PSBR=0\"\n"
             "@PJL SET JOBATTR=\"@RGBP=SRGB\"\n"
@@ -269,7 +210,7 @@ TEST_F(DeviceSettingsTest, DefaultLinesForFeaturesMissingFromThePPD) {
   UsePPD("jobinfo-legacy-mono.ppd");
   ppd = AcquireJobPPD();
   ASSERT_NE(ppd, nullptr);
-  EXPECT_EQ(Capture([&] { OutputPJLCommandForPPDKeyArray(PPDKeyArray, ppd); }),
+  EXPECT_EQ(CaptureStdout([&] { OutputPJLCommandForPPDKeyArray(PPDKeyArray, ppd); }),
             "@PJL SET JOBATTR=\"@TRAP=OFF\"\n"
             "@PJL SET JOBATTR=\"@GRGU=OFF\"\n"
             "@PJL SET JOBATTR=\"@PSBR=0\"\n"
@@ -278,7 +219,7 @@ TEST_F(DeviceSettingsTest, DefaultLinesForFeaturesMissingFromThePPD) {
             "@PJL SET ECONOMODE=OFF\n");
   ReleaseJobPPD(ppd);
 
-  EXPECT_EQ(Capture([] { OutputPJLCommandForPPDKeyArray(PPDKeyArray, nullptr); }), "");
+  EXPECT_EQ(CaptureStdout([] { OutputPJLCommandForPPDKeyArray(PPDKeyArray, nullptr); }), "");
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -103,12 +104,11 @@ std::string Hex(const uint8_t* bytes, size_t length) {
   return text;
 }
 
-bool RunOpenssl(const std::vector<std::string>& args, std::string* diagnostics) {
+bool RunTool(const std::vector<std::string>& args, std::string* diagnostics,
+             std::string* output) {
   ScratchDir scratch;
   if (!scratch.ok()) return Fail(diagnostics, "no scratch directory");
-  const std::string errorPath = scratch.File("stderr");
-  std::vector<std::string> argv{"openssl"};
-  argv.insert(argv.end(), args.begin(), args.end());
+  std::vector<std::string> argv = args;
   std::vector<char*> pointers;
   for (std::string& arg : argv) pointers.push_back(arg.data());
   pointers.push_back(nullptr);
@@ -116,21 +116,28 @@ bool RunOpenssl(const std::vector<std::string>& args, std::string* diagnostics) 
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_addopen(&actions, 2, errorPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                   0600);
+  posix_spawn_file_actions_addopen(&actions, 1, scratch.File("stdout").c_str(),
+                                   O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  posix_spawn_file_actions_addopen(&actions, 2, scratch.File("stderr").c_str(),
+                                   O_WRONLY | O_CREAT | O_TRUNC, 0600);
   pid_t child = 0;
-  const int spawned = posix_spawnp(&child, "openssl", &actions, nullptr, pointers.data(), environ);
+  const int spawned = posix_spawnp(&child, argv[0].c_str(), &actions, nullptr, pointers.data(),
+                                   environ);
   posix_spawn_file_actions_destroy(&actions);
   if (spawned != 0)
-    return Fail(diagnostics, "cannot start openssl: " + std::string(strerror(spawned)));
+    return Fail(diagnostics, "cannot start " + argv[0] + ": " + std::string(strerror(spawned)));
   int status = 0;
   pid_t waited = 0;
   do {
     waited = waitpid(child, &status, 0);
   } while (waited < 0 && errno == EINTR);
-  if (waited != child) return Fail(diagnostics, "lost the openssl process");
-  const std::vector<uint8_t> text = ReadBytes(errorPath);
+  if (waited != child) return Fail(diagnostics, "lost the " + argv[0] + " process");
+  const std::vector<uint8_t> text = ReadBytes(scratch.File("stderr"));
   if (diagnostics != nullptr) diagnostics->assign(text.begin(), text.end());
+  if (output != nullptr) {
+    const std::vector<uint8_t> out = ReadBytes(scratch.File("stdout"));
+    output->assign(out.begin(), out.end());
+  }
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
@@ -211,4 +218,43 @@ std::optional<std::string> OpenSealedField(const std::string& fieldText, std::st
   OpenedBlob opened;
   if (!OpenSealedBlob(ReadBytes(scratch.File("blob")), &opened, error)) return std::nullopt;
   return opened.payload;
+}
+
+std::string StoredPasswordText(const std::string& password) {
+  std::string text, diagnostics;
+  if (!RunTool({"python3", std::string(ZPJL_FIXTURES) + "/../../scripts/stored-password", password,
+                ZPJL_KEY_DIR},
+               &diagnostics, &text))
+    return "";
+  while (!text.empty() && text.back() == '\n') text.pop_back();
+  return text;
+}
+
+std::string WithOpenedFields(std::string stream) {
+  for (const std::string marker : {"HOLDENCRYPTKEY=\"", "BOXENCRYPTKEY=\"", "@JOEP=", "@ACEP="}) {
+    for (size_t at = stream.find(marker); at != std::string::npos;
+         at = stream.find(marker, at + 1)) {
+      const size_t from = at + marker.size();
+      const size_t to = stream.find('"', from);
+      if (to == std::string::npos || to == from) continue;
+      std::string error;
+      std::optional<std::string> payload = OpenSealedField(stream.substr(from, to - from), &error);
+      stream.replace(from, to - from,
+                     payload ? "<sealed:" + *payload + ">" : "<unopenable: " + error + ">");
+    }
+  }
+  return stream;
+}
+
+std::string PublicKeyTextOf(const std::string& privateKeyPath) {
+  std::string pem, diagnostics;
+  if (!RunTool({"openssl", "pkey", "-in", privateKeyPath, "-pubout"}, &diagnostics, &pem))
+    return "";
+  std::string text;
+  for (size_t at = 0, end; at < pem.size(); at = end + 1) {
+    end = std::min(pem.find('\n', at), pem.size());
+    const std::string line = pem.substr(at, end - at);
+    if (!line.empty() && line.compare(0, 5, "-----") != 0) text += line + "\n";
+  }
+  return text;
 }

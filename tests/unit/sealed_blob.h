@@ -1,11 +1,11 @@
-// Test support: opens what the filter seals, using the test private key and
-// the openssl command-line tool, so the check does not share code with the
-// filter's own cryptography.
+// Test support for sealed passwords, shared by the unit and the end-to-end
+// tests. Both directions use tools, not the filter's own cryptography: the
+// openssl command-line tool with the test private key opens what the filter
+// seals, and scripts/stored-password makes the ticket texts it reads.
 //
-//   std::string error;
-//   std::optional<std::string> password = OpenSealedField(fieldText, &error);
-//   ASSERT_TRUE(password) << error;
-//   EXPECT_EQ(*password, "secret");
+//   std::string ticket = Key("PrintTypePasswordTicketKey", StoredPasswordText("1234"));
+//   ... run the job ...
+//   EXPECT_EQ(WithOpenedFields(stream), "...HOLDENCRYPTKEY=\"<sealed:1234>\"\r\n...");
 #pragma once
 
 #include <cstdint>
@@ -45,9 +45,29 @@ bool OpenSealedBlob(const std::vector<uint8_t>& blob, OpenedBlob* opened, std::s
 std::optional<std::string> OpenSealedField(const std::string& fieldText,
                                            std::string* error = nullptr);
 
-// Running the openssl tool; false when it does not exit with 0, its standard
-// error then in *diagnostics.
-bool RunOpenssl(const std::vector<std::string>& args, std::string* diagnostics);
+// The ticket text the print dialog stores for `password` under the storage
+// key material of the build's key directory. Empty on failure.
+std::string StoredPasswordText(const std::string& password);
+
+// `stream` with the value of every password attribute (HOLDENCRYPTKEY,
+// BOXENCRYPTKEY, @JOEP, @ACEP) that is not empty replaced by "<sealed:"
+// payload ">" when it opens with the test key, else by "<unopenable: "
+// reason ">".
+std::string WithOpenedFields(std::string stream);
+
+// The key text form of the public half of a private key file: its PEM
+// base64 body, every line ended by "\n". Empty on failure.
+std::string PublicKeyTextOf(const std::string& privateKeyPath);
+
+// Running a program found on PATH with `args` (argv[0] first); false when it
+// does not exit with 0, its standard error then in *diagnostics. Standard
+// output goes to *output when given.
+bool RunTool(const std::vector<std::string>& args, std::string* diagnostics,
+             std::string* output = nullptr);
+inline bool RunOpenssl(std::vector<std::string> args, std::string* diagnostics) {
+  args.insert(args.begin(), "openssl");
+  return RunTool(args, diagnostics);
+}
 
 // A private directory, removed with its files when the object goes.
 class ScratchDir {

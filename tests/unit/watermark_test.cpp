@@ -9,7 +9,7 @@
 #include "engine/module_dispatch.h"
 #include "frame/fixed_text.h"
 #include "frame/ps_stream.h"
-#include "module_output_capture.h"
+#include "test_support.h"
 
 namespace {
 
