@@ -8,12 +8,6 @@
 
 namespace {
 
-std::string Repeat(const std::string& piece, size_t times) {
-  std::string out;
-  for (size_t i = 0; i < times; ++i) out += piece;
-  return out;
-}
-
 // The header lines that carry the identity.
 std::string IdentityLines(const std::string& header) {
   std::string lines;

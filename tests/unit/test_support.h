@@ -20,6 +20,12 @@ inline std::string Fixture(const std::string& relative) {
   return std::string(ZPJL_FIXTURES) + "/" + relative;
 }
 
+inline std::string Repeat(const std::string& piece, size_t times) {
+  std::string text;
+  for (size_t i = 0; i < times; ++i) text += piece;
+  return text;
+}
+
 // Makes a fixture under ppd/ the job's PPD; an empty name unsets PPD.
 inline void UsePPD(const std::string& name) {
   if (name.empty()) {
