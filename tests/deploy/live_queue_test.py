@@ -177,7 +177,7 @@ class LiveQueueTest(unittest.TestCase):
                 fields = re.findall(re.escape(name) + rb'([^"]*)"', header)
                 self.assertEqual(1, len(fields), visible(header))
                 self.assertEqual(492, len(fields[0]))
-                digest, payload = open_sealed_field(self.key_dir, self.private_key, fields[0])
+                digest, payload = open_sealed_field(self.private_key, fields[0])
                 self.assertEqual(recipient, digest)
                 self.assertEqual(password.encode(), payload)
 

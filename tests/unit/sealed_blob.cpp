@@ -13,37 +13,64 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 extern char** environ;
 
 namespace {
-
-constexpr size_t kHeaderLength = 80;
-constexpr size_t kCbcIvLength = 16;
-
-uint32_t ReadLE32(const uint8_t* at) {
-  return uint32_t{at[0]} | uint32_t{at[1]} << 8 | uint32_t{at[2]} << 16 | uint32_t{at[3]} << 24;
-}
-
-std::vector<uint8_t> Slice(const std::vector<uint8_t>& bytes, size_t from, size_t length) {
-  return std::vector<uint8_t>(bytes.begin() + static_cast<std::ptrdiff_t>(from),
-                              bytes.begin() + static_cast<std::ptrdiff_t>(from + length));
-}
 
 bool Fail(std::string* error, const std::string& reason) {
   if (error != nullptr) *error = reason;
   return false;
 }
 
-bool IsStrictBase64(const std::string& text) {
-  if (text.empty() || text.size() % 4 != 0) return false;
-  const size_t firstPad = text.find('=');
-  if (firstPad != std::string::npos &&
-      (firstPad < text.size() - 2 || text.find_first_not_of('=', firstPad) != std::string::npos))
-    return false;
-  return text.find_first_not_of(
-             "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/=") ==
-         std::string::npos;
+std::vector<uint8_t> FromHex(const std::string& hex) {
+  std::vector<uint8_t> bytes;
+  for (size_t i = 0; i + 1 < hex.size(); i += 2) {
+    bytes.push_back(static_cast<uint8_t>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+  }
+  return bytes;
+}
+
+uint32_t LittleEndian(const std::vector<uint8_t>& bytes) {
+  uint32_t value = 0;
+  for (size_t i = bytes.size(); i-- > 0;) value = value << 8 | bytes[i];
+  return value;
+}
+
+// Runs tests/tools/sealed_blob.py on `data` and fills `opened` from its
+// "name hex" lines.
+bool RunOpener(const std::vector<uint8_t>& data, bool field, const std::string& privateKeyPath,
+               OpenedBlob* opened, std::string* error) {
+  ScratchDir scratch;
+  std::string output, diagnostics;
+  std::vector<std::string> args = {"python3", std::string(ZPJL_FIXTURES) + "/../tools/sealed_blob.py",
+                                   privateKeyPath, scratch.File("data")};
+  if (field) args.push_back("--field");
+  if (!scratch.ok() || !WriteBytes(scratch.File("data"), data) ||
+      !RunTool(args, &diagnostics, &output))
+    return Fail(error, diagnostics);
+  *opened = OpenedBlob();
+  std::istringstream lines(output);
+  std::string name, hex;
+  while (lines >> name >> hex) {
+    const std::vector<uint8_t> bytes = FromHex(hex);
+    if (name == "magic" && bytes.size() == 2) std::copy(bytes.begin(), bytes.end(), opened->magic);
+    if (name == "cipher_length") opened->cipherLength = LittleEndian(bytes);
+    if (name == "total_length") opened->totalLength = LittleEndian(bytes);
+    if (name == "aes_mode") opened->aesMode = static_cast<uint8_t>(LittleEndian(bytes));
+    if (name == "key_type") opened->keyType = static_cast<uint8_t>(LittleEndian(bytes));
+    if (name == "reserved") opened->reserved = LittleEndian(bytes);
+    if (name == "digest") opened->digest = bytes;
+    if (name == "salt") opened->salt = bytes;
+    if (name == "wrapped_key") opened->wrappedKey = bytes;
+    if (name == "iv") opened->iv = bytes;
+    if (name == "cipher") opened->cipherText = bytes;
+    if (name == "content_key") opened->contentKey = bytes;
+    if (name == "aes_key") opened->aesKey = bytes;
+    if (name == "payload") opened->payload.assign(bytes.begin(), bytes.end());
+  }
+  return true;
 }
 
 }  // namespace
@@ -143,80 +170,14 @@ bool RunTool(const std::vector<std::string>& args, std::string* diagnostics,
 
 bool OpenSealedBlob(const std::vector<uint8_t>& blob, OpenedBlob* opened, std::string* error,
                     const std::string& privateKeyPath) {
-  *opened = OpenedBlob();
-  if (blob.size() < kHeaderLength) return Fail(error, "shorter than the 80-byte header");
-  opened->magic[0] = blob[0];
-  opened->magic[1] = blob[1];
-  opened->cipherLength = ReadLE32(&blob[2]);
-  opened->totalLength = ReadLE32(&blob[6]);
-  opened->aesMode = blob[10];
-  opened->keyType = blob[11];
-  opened->reserved = ReadLE32(&blob[12]);
-  opened->digest = Slice(blob, 16, 32);
-  opened->salt = Slice(blob, 48, 32);
-  if (opened->magic[0] != 0x08 || opened->magic[1] != 0x01)
-    return Fail(error, "bytes 0 and 1 are not 08 01");
-  if (opened->aesMode != 1) return Fail(error, "not an AES mode 1 blob");
-  if (opened->totalLength != blob.size())
-    return Fail(error, "total length " + std::to_string(opened->totalLength) + " but " +
-                           std::to_string(blob.size()) + " bytes");
-  if (opened->cipherLength == 0 || opened->cipherLength % 16 != 0 ||
-      kHeaderLength + kCbcIvLength + opened->cipherLength >= blob.size())
-    return Fail(error, "ciphertext length " + std::to_string(opened->cipherLength) +
-                           " does not fit the blob");
-  const size_t wrappedLength = blob.size() - kHeaderLength - kCbcIvLength - opened->cipherLength;
-  opened->wrappedKey = Slice(blob, kHeaderLength, wrappedLength);
-  opened->iv = Slice(blob, kHeaderLength + wrappedLength, kCbcIvLength);
-  opened->cipherText =
-      Slice(blob, kHeaderLength + wrappedLength + kCbcIvLength, opened->cipherLength);
-
-  ScratchDir scratch;
-  if (!scratch.ok()) return Fail(error, "no scratch directory");
-  std::string diagnostics;
-  if (!WriteBytes(scratch.File("wrapped"), opened->wrappedKey) ||
-      !WriteBytes(scratch.File("salt"), opened->salt) ||
-      !WriteBytes(scratch.File("cipher"), opened->cipherText))
-    return Fail(error, "cannot write scratch files");
-  if (!RunOpenssl(
-          {"pkeyutl", "-decrypt", "-inkey", privateKeyPath, "-pkeyopt", "rsa_padding_mode:oaep",
-           "-pkeyopt", "rsa_oaep_md:sha256", "-pkeyopt", "rsa_mgf1_md:sha256", "-in",
-           scratch.File("wrapped"), "-out", scratch.File("content-key")},
-          &diagnostics))
-    return Fail(error, "unwrapping the content key failed: " + diagnostics);
-  opened->contentKey = ReadBytes(scratch.File("content-key"));
-  if (opened->contentKey.size() != 32)
-    return Fail(error, "content key of " + std::to_string(opened->contentKey.size()) + " bytes");
-  if (!RunOpenssl(
-          {"dgst", "-sha256", "-mac", "HMAC", "-macopt", "hexkey:" + Hex(opened->contentKey),
-           "-binary", "-out", scratch.File("aes-key"), scratch.File("salt")},
-          &diagnostics))
-    return Fail(error, "deriving the AES key failed: " + diagnostics);
-  opened->aesKey = ReadBytes(scratch.File("aes-key"));
-  if (!RunOpenssl({"enc", "-d", "-aes-256-cbc", "-K", Hex(opened->aesKey), "-iv", Hex(opened->iv),
-                   "-in", scratch.File("cipher"), "-out", scratch.File("payload")},
-                  &diagnostics))
-    return Fail(error, "decrypting the payload failed: " + diagnostics);
-  const std::vector<uint8_t> payload = ReadBytes(scratch.File("payload"));
-  opened->payload.assign(payload.begin(), payload.end());
-  return true;
+  return RunOpener(blob, false, privateKeyPath, opened, error);
 }
 
 std::optional<std::string> OpenSealedField(const std::string& fieldText, std::string* error) {
-  if (!IsStrictBase64(fieldText)) {
-    Fail(error, "the field is not strict base64: \"" + fieldText + "\"");
-    return std::nullopt;
-  }
-  ScratchDir scratch;
-  std::string diagnostics;
-  if (!scratch.ok() || !WriteText(scratch.File("field"), fieldText) ||
-      !RunOpenssl(
-          {"base64", "-d", "-A", "-in", scratch.File("field"), "-out", scratch.File("blob")},
-          &diagnostics)) {
-    Fail(error, "base64 decoding failed: " + diagnostics);
-    return std::nullopt;
-  }
   OpenedBlob opened;
-  if (!OpenSealedBlob(ReadBytes(scratch.File("blob")), &opened, error)) return std::nullopt;
+  if (!RunOpener(std::vector<uint8_t>(fieldText.begin(), fieldText.end()), true,
+                 TestPrivateKeyPath2048(), &opened, error))
+    return std::nullopt;
   return opened.payload;
 }
 

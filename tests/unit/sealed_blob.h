@@ -1,7 +1,8 @@
 // Test support for sealed passwords, shared by the unit and the end-to-end
-// tests. Both directions use tools, not the filter's own cryptography: the
-// openssl command-line tool with the test private key opens what the filter
-// seals, and scripts/stored-password makes the ticket texts it reads.
+// tests. Both directions use tools, not the filter's own cryptography:
+// tests/tools/sealed_blob.py (the openssl command-line tool with the test
+// private key) opens what the filter seals, and scripts/stored-password
+// makes the ticket texts it reads.
 //
 //   std::string ticket = Key("PrintTypePasswordTicketKey", StoredPasswordText("1234"));
 //   ... run the job ...
@@ -33,9 +34,8 @@ struct OpenedBlob {
 
 // Opens a mode-1 blob with the given private key: unwraps the content key
 // (RSA-OAEP, SHA-256 digest and MGF1), derives the AES key as HMAC-SHA256
-// over the salt and decrypts AES-256-CBC. The wrapped-key length is what the
-// header's lengths leave for it. False, with the reason in *error, when the layout does
-// not add up or a step fails.
+// over the salt and decrypts AES-256-CBC. False, with the reason in *error,
+// when the layout does not add up or a step fails.
 bool OpenSealedBlob(const std::vector<uint8_t>& blob, OpenedBlob* opened, std::string* error,
                     const std::string& privateKeyPath = TestPrivateKeyPath2048());
 
