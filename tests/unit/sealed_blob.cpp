@@ -32,12 +32,6 @@ std::vector<uint8_t> FromHex(const std::string& hex) {
   return bytes;
 }
 
-uint32_t LittleEndian(const std::vector<uint8_t>& bytes) {
-  uint32_t value = 0;
-  for (size_t i = bytes.size(); i-- > 0;) value = value << 8 | bytes[i];
-  return value;
-}
-
 // Runs tests/tools/sealed_blob.py on `data` and fills `opened` from its
 // "name hex" lines.
 bool RunOpener(const std::vector<uint8_t>& data, bool field, const std::string& privateKeyPath,
@@ -53,23 +47,9 @@ bool RunOpener(const std::vector<uint8_t>& data, bool field, const std::string& 
   *opened = OpenedBlob();
   std::istringstream lines(output);
   std::string name, hex;
-  while (lines >> name >> hex) {
-    const std::vector<uint8_t> bytes = FromHex(hex);
-    if (name == "magic" && bytes.size() == 2) std::copy(bytes.begin(), bytes.end(), opened->magic);
-    if (name == "cipher_length") opened->cipherLength = LittleEndian(bytes);
-    if (name == "total_length") opened->totalLength = LittleEndian(bytes);
-    if (name == "aes_mode") opened->aesMode = static_cast<uint8_t>(LittleEndian(bytes));
-    if (name == "key_type") opened->keyType = static_cast<uint8_t>(LittleEndian(bytes));
-    if (name == "reserved") opened->reserved = LittleEndian(bytes);
-    if (name == "digest") opened->digest = bytes;
-    if (name == "salt") opened->salt = bytes;
-    if (name == "wrapped_key") opened->wrappedKey = bytes;
-    if (name == "iv") opened->iv = bytes;
-    if (name == "cipher") opened->cipherText = bytes;
-    if (name == "content_key") opened->contentKey = bytes;
-    if (name == "aes_key") opened->aesKey = bytes;
-    if (name == "payload") opened->payload.assign(bytes.begin(), bytes.end());
-  }
+  while (lines >> name >> hex) opened->parts[name] = FromHex(hex);
+  const std::vector<uint8_t>& payload = opened->parts["payload"];
+  opened->payload.assign(payload.begin(), payload.end());
   return true;
 }
 

@@ -10,6 +10,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,17 +20,20 @@
 std::string TestPrivateKeyPath2048();
 std::string TestPrivateKeyPath3072();
 
-// A key-transport blob taken apart and opened.
+// A key-transport blob taken apart and opened: its parts by the names of
+// tests/tools/sealed_blob.py ("magic", "cipher_length", "total_length",
+// "aes_mode", "key_type", "reserved", "digest", "salt", "wrapped_key", "iv",
+// "cipher", "content_key", "aes_key", "payload").
 struct OpenedBlob {
-  uint8_t magic[2] = {};
-  uint32_t cipherLength = 0;  // bytes 2..5
-  uint32_t totalLength = 0;   // bytes 6..9
-  uint8_t aesMode = 0;
-  uint8_t keyType = 0;
-  uint32_t reserved = 0;  // bytes 12..15
-  std::vector<uint8_t> digest, salt, wrappedKey, iv, cipherText;
-  std::vector<uint8_t> contentKey, aesKey;
+  std::map<std::string, std::vector<uint8_t>> parts;
   std::string payload;
+  const std::vector<uint8_t>& Part(const std::string& name) const { return parts.at(name); }
+  // A header field read as a little-endian number.
+  uint32_t Number(const std::string& name) const {
+    uint32_t value = 0;
+    for (size_t i = Part(name).size(); i-- > 0;) value = value << 8 | Part(name)[i];
+    return value;
+  }
 };
 
 // Opens a mode-1 blob with the given private key: unwraps the content key

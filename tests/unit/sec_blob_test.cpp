@@ -101,15 +101,14 @@ TEST(SealedBlobInterop, OpensWithTheOpensslToolAndTheTestKey) {
     std::string error;
     ASSERT_TRUE(OpenSealedBlob(sealed.blob, &opened, &error)) << error;
     EXPECT_EQ(opened.payload, std::string(payload.begin(), payload.end()));
-    EXPECT_EQ(opened.magic[0], 0x08);
-    EXPECT_EQ(opened.magic[1], 0x01);
-    EXPECT_EQ(opened.cipherLength, 16 * (c.payloadLength / 16 + 1));
-    EXPECT_EQ(opened.totalLength, c.blobLength);
-    EXPECT_EQ(opened.aesMode, 1);
-    EXPECT_EQ(opened.keyType, c.keyType);
-    EXPECT_EQ(opened.reserved, 0u);
-    EXPECT_EQ(opened.wrappedKey.size(), 256u);
-    EXPECT_EQ(opened.digest, c.keyType == 1 ? digest3072 : digest2048);
+    EXPECT_EQ(opened.Part("magic"), std::vector<uint8_t>({0x08, 0x01}));
+    EXPECT_EQ(opened.Number("cipher_length"), 16 * (c.payloadLength / 16 + 1));
+    EXPECT_EQ(opened.Number("total_length"), c.blobLength);
+    EXPECT_EQ(opened.Number("aes_mode"), 1u);
+    EXPECT_EQ(opened.Number("key_type"), c.keyType);
+    EXPECT_EQ(opened.Number("reserved"), 0u);
+    EXPECT_EQ(opened.Part("wrapped_key").size(), 256u);
+    EXPECT_EQ(opened.Part("digest"), c.keyType == 1 ? digest3072 : digest2048);
   }
 }
 
@@ -125,8 +124,8 @@ TEST(SealedBlobInterop, WrappedKeyTakesTheLengthOfTheRecipientKey) {
   OpenedBlob opened;
   std::string error;
   ASSERT_TRUE(OpenSealedBlob(sealed.blob, &opened, &error, TestPrivateKeyPath3072())) << error;
-  EXPECT_EQ(opened.wrappedKey.size(), 384u);
-  EXPECT_EQ(opened.digest, Bytes(pubkey2048_OFFICIAL_SHA256, 32));
+  EXPECT_EQ(opened.Part("wrapped_key").size(), 384u);
+  EXPECT_EQ(opened.Part("digest"), Bytes(pubkey2048_OFFICIAL_SHA256, 32));
   EXPECT_EQ(opened.payload, std::string(payload.begin(), payload.end()));
 }
 
@@ -142,11 +141,9 @@ TEST(SealedBlobInterop, TwoBlobsOfOnePayloadShareOnlyTheHeader) {
   std::string error;
   ASSERT_TRUE(OpenSealedBlob(first.blob, &a, &error)) << error;
   ASSERT_TRUE(OpenSealedBlob(second.blob, &b, &error)) << error;
-  EXPECT_NE(a.salt, b.salt);
-  EXPECT_NE(a.contentKey, b.contentKey);
-  EXPECT_NE(a.wrappedKey, b.wrappedKey);
-  EXPECT_NE(a.iv, b.iv);
-  EXPECT_NE(a.cipherText, b.cipherText);
+  for (const char* part : {"salt", "content_key", "wrapped_key", "iv", "cipher"}) {
+    EXPECT_NE(a.Part(part), b.Part(part)) << part;
+  }
   EXPECT_EQ(a.payload, b.payload);
 }
 
