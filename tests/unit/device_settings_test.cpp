@@ -35,27 +35,21 @@ TEST_F(DeviceSettingsTest, TonerSaverLines) {
   const TonerCase cases[] = {
       // A user rate follows a seven-character prefix and is capped at 99.
       {"UserInput", "Reduce_150", "@PJL SET ECONOMODE=ON\n@PJL SET REDUCTIONRATE=99\n"},
-      {"UserInput", "Reduce_35", "@PJL SET ECONOMODE=ON\n@PJL SET REDUCTIONRATE=35\n"},
       {"UserInput", "Reduce_0", "@PJL SET ECONOMODE=OFF\n@PJL SET REDUCTIONRATE=0\n"},
       {"UserInput", "Reduce_-5", "@PJL SET ECONOMODE=OFF\n@PJL SET REDUCTIONRATE=0\n"},
-      {"UserInput", "Reduce_xx", "@PJL SET ECONOMODE=OFF\n@PJL SET REDUCTIONRATE=0\n"},
       // The prefix is skipped unread, whatever it holds.
       {"UserInput", "1234567" "8", "@PJL SET ECONOMODE=ON\n@PJL SET REDUCTIONRATE=8\n"},
       // Seven characters or fewer: no lines at all.
       {"UserInput", "Reduce_", ""},
-      {"UserInput", "", ""},
       // Only seven characters of the tail are read: "0000001" and then "5" is ignored.
       {"UserInput", "Reduce_00000015", "@PJL SET ECONOMODE=ON\n@PJL SET REDUCTIONRATE=1\n"},
       {"UserInput", "Reduce_123456789012345678901234567890",
        "@PJL SET ECONOMODE=ON\n@PJL SET REDUCTIONRATE=99\n"},
-      {"Mode1", "", "@PJL SET ECONOMODE=MODE1\n@PJL SET REDUCTIONRATE=0\n"},
       {"Mode2", "", "@PJL SET ECONOMODE=MODE2\n@PJL SET REDUCTIONRATE=0\n"},
       {"Mode3", "Reduce_50", "@PJL SET ECONOMODE=MODE3\n@PJL SET REDUCTIONRATE=0\n"},
       {"true", "", "@PJL SET ECONOMODE=ON\n@PJL SET REDUCTIONRATE=0\n"},
-      {"false", "", "@PJL SET ECONOMODE=OFF\n@PJL SET REDUCTIONRATE=0\n"},
       // The PPD spellings are not the header's: only the rate line follows.
       {"True", "", "@PJL SET REDUCTIONRATE=0\n"},
-      {"False", "", "@PJL SET REDUCTIONRATE=0\n"},
       {"Mode4", "", "@PJL SET REDUCTIONRATE=0\n"},
       {"", "Reduce_50", ""},
   };
@@ -82,13 +76,10 @@ TEST_F(DeviceSettingsTest, LineWeightComesBeforeRenderMode) {
       {"Normal", "@PJL SET JOBATTR=\"@LWAD=0\"\n"},
       // Only the first digit is sent; "Strongly" wins over "Weakly".
       {"Level3Strongly", "@PJL SET JOBATTR=\"@LWAD=-3\"\n"},
-      {"Weakly25", "@PJL SET JOBATTR=\"@LWAD=2\"\n"},
       {"StronglyWeakly4", "@PJL SET JOBATTR=\"@LWAD=-4\"\n"},
       // No digit, or neither word: nothing.
       {"Strongly", ""},
       {"Medium3", ""},
-      {"normal", ""},
-      {"", ""},
   };
   for (const LineWeightCase& c : cases) {
     SCOPED_TRACE(c.weight);
@@ -120,17 +111,14 @@ TEST_F(DeviceSettingsTest, RenderModeByColorModeAndPPD) {
       {"jobinfo-utf8-color.ppd", "", "@PJL SET RENDERMODE=COLOR\n"},
       {"jobinfo-utf8-color-black-default.ppd", "", "@PJL SET RENDERMODE=GRAYSCALE\n"},
       {"jobinfo-legacy-mono.ppd", "", "@PJL SET RENDERMODE=GRAYSCALE\n"},
-      {"jobinfo-no-encoding-no-pcfilename.ppd", "", "@PJL SET RENDERMODE=GRAYSCALE\n"},
       {"no-such-file.ppd", "", "@PJL SET RENDERMODE=GRAYSCALE\n"},
       // The ticket's own choice wins over the device.
       {"jobinfo-legacy-mono.ppd", "Color", "@PJL SET RENDERMODE=COLOR\n"},
       {"jobinfo-utf8-color.ppd", "Black", "@PJL SET RENDERMODE=GRAYSCALE\n"},
       // Another choice is the printer's when the PPD offers the option.
       {"jobinfo-utf8-color.ppd", "Auto", ""},
-      {"jobinfo-legacy-mono.ppd", "Auto", ""},
       {"jobinfo-no-encoding-no-pcfilename.ppd", "Auto", "@PJL SET RENDERMODE=GRAYSCALE\n"},
       {"no-such-file.ppd", "Auto", "@PJL SET RENDERMODE=GRAYSCALE\n"},
-      {"jobinfo-utf8-color.ppd", "color", ""},
   };
   for (const RenderCase& c : cases) {
     SCOPED_TRACE(std::string(c.ppd) + " / " + c.colorMode);
@@ -153,32 +141,23 @@ TEST(DeviceSettingsLookupTest, FindsTheRowOfKeywordAndChoice) {
   ASSERT_EQ(FeaturePPDKeyNameandMarkedValuetoPJLCommandNum, 123);
   const LookupCase cases[] = {
       {"*KRSetTrapMode", "False", "@PJL SET JOBATTR=\"@TRAP=OFF\"\n"},
-      {"*KRSetTrapMode", "True", "@PJL SET JOBATTR=\"@TRAP=ON\"\n"},
-      {"*KRGrayBalance", "True", "@PJL SET JOBATTR=\"@GRGU=TEXTGRAPHICS\"\n"},
       {"*KROutputMode", "HighSpeed", "@PJL SET BITSPERPIXEL=1\n"},
       {"*KRBrightnes", "Bright5", "@PJL SET JOBATTR=\"@PSBR=5\"\n"},
-      {"*KRBrightnes", "Normal", "@PJL SET JOBATTR=\"@PSBR=0\"\n"},
       {"*KRBrightnes", "Dark3", "@PJL SET JOBATTR=\"@PSBR=-3\"\n"},
-      {"*KRRGBInputProfile", "AdobeRGB", "@PJL SET JOBATTR=\"@RGBP=ADOBERGB\"\n"},
       {"*KRRGBBCorrection", "Dark", "@PJL SET JOBATTR=\"@RGBG=22\"\n"},
-      {"*Smoothing", "False", "@PJL SET RET=OFF\n"},
       {"*KRTonerSaver", "True", "@PJL SET ECONOMODE=ON\n"},
       {"*KRMonochromePriority", "True", "@PJL SET JOBATTR=\"@BSPM=ON\"\n"},
       {"*KRColorDensityCyanLow", "-3", "@PJL SET JOBATTR=\"@AJCL=0\"\n"},
-      {"*KRColorDensityMagentaMid", "0", "@PJL SET JOBATTR=\"@AJMM=3\"\n"},
       {"*KRColorDensityYellowHigh", "+1", "@PJL SET JOBATTR=\"@AJYH=4\"\n"},
       {"*KRColorDensityBlackHigh", "+3", "@PJL SET JOBATTR=\"@AJKH=6\"\n"},
       // Spellings the table does not hold.
       {"*KRColorDensityBlackHigh", "+0", nullptr},
-      {"*KRColorDensityBlackHigh", "3", nullptr},
       {"*KRBrightnes", "Bright0", nullptr},
       {"*KRBrightness", "Normal", nullptr},
-      {"*KRRGBCorrection", "Dark", nullptr},
       {"*KRTonerSaver", "true", nullptr},
       {"*KRSetTrapMode", "", nullptr},
       {"KRSetTrapMode", "True", nullptr},
       {"**KRSetTrapMode", "True", nullptr},
-      {"*", "True", nullptr},
       {"", "", nullptr},
   };
   for (const LookupCase& c : cases) {

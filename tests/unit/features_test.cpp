@@ -76,7 +76,6 @@ TEST_F(FeaturesTest, HeaderRows) {
       {"TrimmerSelectTicket=3 TrimmerMMCuttingSizeTicket=25 TrimmerWidthMMSizeTicket=210 "
        "TrimmerHeightMMSizeTicket=297 TrimmerAdjustMMSizeTicket=2",
        Attr("TRMR=210") + Attr("TRFW=297") + Attr("TROP=2")},
-      {"TrimmerSelectTicket=1", ""},
       // Trimmer on with the fore edge: rows 4 and 5 both write the cut.
       {"TrimmerSwitchTicket=1 TrimmerSelectTicket=2 TrimmerMMCuttingSizeTicket=30",
        Attr("TRMR=30") + Attr("TRMR=30") + Attr("TRFW=0") + Attr("TROP=0")},
@@ -89,8 +88,6 @@ TEST_F(FeaturesTest, HeaderRows) {
        "OffsetStackingUnitsLArrowTicket=3",
        "@PJL SET JOBOFFSET=COPIES\n" + Attr("OCSN=3")},
       {"OffsetStackingListTicket=1 OffsetStackingPagesLArrowTicket=10", ""},
-      {"OffsetStackingListTicket=2 OffsetStackingPagesLArrowTicket=10", ""},
-      {"OffsetStackingListTicket=3 OffsetStackingUnitsLArrowTicket=3", ""},
       // Several at once come in row order.
       {"EjectOptionsListTicket=3 OffsetStackingListTicket=4 OffsetStackingPagesLArrowTicket=99999 "
        "TabMarginSwitchTicket=1 TabMarginMMShiftTicket=4 TrimmerSwitchTicket=0",
@@ -171,20 +168,14 @@ TEST_F(FeaturesTest, InjectionPointsByPagesPerSheet) {
       // 1-up (no layout counts as 1-up): separator at 14, auto-fit at 16.
       {"1", "1", 14, kSeparator},
       {"1", "1", 16, autoFit},
-      {"1", "1", 21, ""},
       {"", "", 14, kSeparator},
-      {"", "", 16, autoFit},
       // N-up: both at 21, separator first.
       {"1", "2", 14, ""},
-      {"1", "2", 16, ""},
       {"1", "2", 21, kSeparator + autoFit},
-      {"2", "2", 21, kSeparator + autoFit},
       // A negative product is neither 1-up (unsigned) nor N-up (signed).
       {"-1", "2", 14, ""},
-      {"-1", "2", 16, ""},
       {"-1", "2", 21, ""},
       {"1", "1", 13, ""},
-      {"1", "1", 24, ""},
       {"1", "2", 27, ""},
   };
   for (const auto& c : cases) {
@@ -206,7 +197,6 @@ TEST_F(FeaturesTest, SeparatorPagesFragment) {
     const char* pages;
     std::string line;  // the variable line, "" for no fragment
   } cases[] = {
-      {-1, "1,3", ""},
       {1, "1,3", ""},
       {2, "1,3", "1 dict dup/SeparatorPages[1,3" + fixed + "\n"},
       // 13 characters fill the 100-byte line; one more cuts its line end.
@@ -229,12 +219,10 @@ TEST_F(FeaturesTest, AutoFitFollowsTheBookletMargin) {
     int32_t bookletMargin, autoFit;
     std::string expected;
   } cases[] = {
-      {-1, 1, ""},
       {0, 1, ""},
       {1, -1, kImageShift},
       {1, 0, kImageShift + AutoScale("false")},
       {1, 1, kImageShift + AutoScale("true")},
-      {2, 7, kImageShift + AutoScale("true")},
   };
   for (const auto& c : cases) {
     zpjlOptionFeatures.bookletMarginSwitch = c.bookletMargin;
@@ -270,19 +258,14 @@ TEST_F(BookletTest, DirectionByLayoutAndOrientation) {
     const char* direction;
   } cases[] = {
       {"", 1, "PORTRAIT"},
-      {"", 4, "PORTRAIT"},
       // The sheet-turning layouts: the portrait orientations give landscape.
       {"2", 1, "LANDSCAPE"},
-      {"2", 6, "LANDSCAPE"},
       {"2", 4, "PORTRAIT"},
       {"6", 5, "PORTRAIT"},
       // Every other layout follows the orientation.
       {"1", 4, "LANDSCAPE"},
-      {"1", 5, "LANDSCAPE"},
       {"1", 3, "PORTRAIT"},
-      {"1", 1, "PORTRAIT"},
       {"16", 4, "LANDSCAPE"},
-      {"20", 5, "LANDSCAPE"},
       {"9", 6, "PORTRAIT"},
   };
   for (const auto& c : cases) {
@@ -316,7 +299,6 @@ TEST_F(BookletTest, OnlyUTF8PrintersGetTheAttributes) {
     bool writes;
   } cases[] = {{"utf8-nocomment.ppd", true},
                {"legacy-mono.ppd", false},
-               {"bare.ppd", false},
                {"no-such-file.ppd", false},
                {"", false}};
   for (const auto& c : cases) {

@@ -102,8 +102,6 @@ TEST_F(CommentLinesTest, BasicLines) {
        {"JOBCOPIES=3", "PAGECOPIES=1", gray}},
       {"uncollated copies", With([](Job& j) { j.collate = "nocollate"; j.copies = 3; }),
        {"PAGECOPIES=3", "JOBCOPIES=1", gray}},
-      {"copies absent", With([](Job& j) { j.collate = "collate"; }),
-       {"JOBCOPIES=-1", "PAGECOPIES=1", gray}},
       {"long edge", With([](Job& j) { j.sides = "two-sided-long-edge"; }),
        {"DUPLEXTYPE=DUPLEX", gray}},
       {"edge 2 beats one-sided", With([](Job& j) { j.sides = "one-sided"; j.edge = 2; }),
@@ -113,43 +111,21 @@ TEST_F(CommentLinesTest, BasicLines) {
       {"edge 3 beats one-sided", With([](Job& j) { j.sides = "one-sided"; j.edge = 3; }),
        {"DUPLEXTYPE=TUMBLE", gray}},
       {"one-sided", With([](Job& j) { j.sides = "one-sided"; }), {"DUPLEXTYPE=SIMPLEX", gray}},
-      {"edge 1", With([](Job& j) { j.sides = "other"; j.edge = 1; }),
-       {"DUPLEXTYPE=SIMPLEX", gray}},
       {"unknown sides", With([](Job& j) { j.sides = "other"; }), {gray}},
-      {"colour", With([](Job& j) { j.colorMode = "Color"; }), {"COLORMODE=COLOR"}},
       {"printer's choice", With([](Job& j) { j.colorMode = "Auto"; }), {}},
       {"device default", With([](Job& j) { j.colorMode = ""; }), {"COLORMODE=COLOR"}},
-      {"n-up", With([](Job& j) { j.numberUp = "4"; }), {gray, "NUP=4"}},
       {"no staple", With([](Job& j) { j.staple = "None"; }), {gray, "STAPLE=OFF"}},
       {"saddle is no staple", With([](Job& j) { j.staple = "SaddleStaple"; }),
        {gray, "STAPLE=OFF"}},
-      {"staple", With([](Job& j) { j.staple = "UpperLeftSingle"; }), {gray, "STAPLE=ON"}},
       {"no punch", With([](Job& j) { j.punch = "None"; }), {gray, "PUNCH=OFF"}},
-      {"punch", With([](Job& j) { j.punch = "Left"; }), {gray, "PUNCH=ON"}},
       {"no booklet", With([](Job& j) { j.signature = "None"; j.volume = "10Sheets"; }),
        {gray, "BOOKLETTYPE=TYPE[NOBOOKLET]"}},
       {"booklet without volume", With([](Job& j) { j.signature = "LeftSig"; }),
        {gray, "BOOKLETTYPE=TYPE[NOBOOKLET]"}},
-      {"undivided booklet", With([](Job& j) { j.signature = "LeftSig"; j.volume = "None"; }),
-       {gray, "BOOKLETTYPE=TYPE[NONEDIVIDE]"}},
       {"divided booklet", With([](Job& j) { j.signature = "RightSig"; j.volume = "10Sheets"; }),
        {gray, "BOOKLETTYPE=TYPE[MANUALDIVIDE]:THRESHOLD[10]"}},
       {"one sheet", With([](Job& j) { j.signature = "RightSig"; j.volume = "1Sheet"; }),
        {gray, "BOOKLETTYPE=TYPE[MANUALDIVIDE]:THRESHOLD[1]"}},
-      {"everything",
-       With([](Job& j) {
-         j.collate = "collate";
-         j.copies = 2;
-         j.sides = "two-sided-short-edge";
-         j.colorMode = "Color";
-         j.numberUp = "2";
-         j.staple = "LeftDouble";
-         j.punch = "Left";
-         j.signature = "LeftSigCenterStaple";
-         j.volume = "5Sheets";
-       }),
-       {"JOBCOPIES=2", "PAGECOPIES=1", "DUPLEXTYPE=TUMBLE", "COLORMODE=COLOR", "NUP=2",
-        "STAPLE=ON", "PUNCH=ON", "BOOKLETTYPE=TYPE[MANUALDIVIDE]:THRESHOLD[5]"}},
   };
   for (const BasicCase& c : cases) {
     SCOPED_TRACE(c.name);
@@ -192,31 +168,22 @@ TEST_F(CommentLinesTest, OrientationTable) {
       // Left-bound booklets.
       {"LeftSig", "", {L, RP, RP, L}},
       {"LeftSigCenterStaple", "1", {L, RP, RP, L}},
-      {"LeftSigFold", "16", {L, RP, RP, L}},
-      {"LeftSig", "9", {L, RP, RP, L}},
       {"LeftSigCenterStaple", "2", {RP, L, L, RP}},
-      {"LeftSigFold", "6", {RP, L, L, RP}},
       // Right-bound booklets.
       {"RightSig", "", {RL, P, P, RL}},
-      {"RightSigFold", "4", {RL, P, P, RL}},
       {"RightSigCenterStaple", "2", {P, RL, RL, P}},
-      {"RightSig", "6", {P, RL, RL, P}},
       // No booklet, several pages per sheet.
       {"None", "2", {L, P, P, L}},
       {"", "6", {L, P, P, L}},
       {"None", "4", {P, L, L, P}},
-      {"", "9", {P, L, L, P}},
       {"", "16", {P, L, L, P}},
       // No booklet, one page per sheet: one to one.
       {"", "", {P, L, RL, RP}},
       {"None", "1", {P, L, RL, RP}},
       // Everything else writes nothing.
       {"LeftSig", "3", {"", "", "", ""}},
-      {"RightSig", "8", {"", "", "", ""}},
       {"None", "5", {"", "", "", ""}},
       {"", "17", {"", "", "", ""}},
-      {"", "-4", {"", "", "", ""}},
-      {"", "0", {"", "", "", ""}},
       {"Booklet", "", {"", "", "", ""}},
       {"leftsig", "2", {"", "", "", ""}},
   };
@@ -248,9 +215,7 @@ TEST_F(CommentLinesTest, AdvancedItems) {
   } cases[] = {
       // N-up order by layout direction.
       {With([](J j) { j.numberUp = "2"; j.direction = 1; }), "NUPEX=", "NUPEX=RIGHTTODOWN"},
-      {With([](J j) { j.numberUp = "2"; j.direction = 5; }), "NUPEX=", "NUPEX=RIGHTTODOWN"},
       {With([](J j) { j.numberUp = "2"; j.direction = 3; }), "NUPEX=", "NUPEX=LEFTTOUP"},
-      {With([](J j) { j.numberUp = "2"; j.direction = 6; }), "NUPEX=", "NUPEX=LEFTTOUP"},
       {With([](J j) { j.numberUp = "2"; j.direction = 2; }), "NUPEX=", ""},
       {With([](J j) { j.numberUp = "3"; j.direction = 1; }), "NUPEX=", "NUPEX=RIGHTTHENDOWN"},
       {With([](J j) { j.numberUp = "4"; j.direction = 3; }), "NUPEX=", "NUPEX=LEFTTHENDOWN"},
@@ -258,35 +223,26 @@ TEST_F(CommentLinesTest, AdvancedItems) {
       {With([](J j) { j.numberUp = "16"; j.direction = 6; }), "NUPEX=", "NUPEX=DOWNTHENLEFT"},
       {With([](J j) { j.numberUp = "4"; j.direction = 4; }), "NUPEX=", ""},
       {With([](J j) { j.numberUp = "1"; }), "NUPEX=", ""},
-      {Job(), "NUPEX=", ""},
       // Saddle stitch by signature.
       {With([](J j) { j.signature = "LeftSigCenterStaple"; }), "SADDLE", "SADDLESTAPLE=ON"},
       {With([](J j) { j.signature = "RightSigCenterStaple"; }), "SADDLE", "SADDLESTAPLE=ON"},
       {With([](J j) { j.signature = "LeftSigFold"; }), "SADDLE", "SADDLESTAPLE=OFF"},
-      {With([](J j) { j.signature = "None"; }), "SADDLE", "SADDLESTAPLE=OFF"},
       {Job(), "SADDLE", ""},
       // Staple position: a contained word is enough; the table's order
       // decides between two.
       {With([](J j) { j.staple = "LeftDouble"; }), "STAPLEEX=", "STAPLEEX=LEFTDUAL"},
       {With([](J j) { j.staple = "UpperLeftSingle"; }), "STAPLEEX=", "STAPLEEX=TOPLEFT"},
-      {With([](J j) { j.staple = "TopDouble"; }), "STAPLEEX=", "STAPLEEX=TOPDUAL"},
       {With([](J j) { j.staple = "UpperRightSingle"; }), "STAPLEEX=", "STAPLEEX=TOPRIGHT"},
-      {With([](J j) { j.staple = "RightDouble"; }), "STAPLEEX=", "STAPLEEX=RIGHTDUAL"},
       {With([](J j) { j.staple = "LowerRightSingle"; }), "STAPLEEX=", "STAPLEEX=BOTTOMRIGHT"},
-      {With([](J j) { j.staple = "BottomDouble"; }), "STAPLEEX=", "STAPLEEX=BOTTOMDUAL"},
-      {With([](J j) { j.staple = "LowerLeftSingle"; }), "STAPLEEX=", "STAPLEEX=BOTTOMLEFT"},
       {With([](J j) { j.staple = "Staple-BottomDouble-Fine"; }), "STAPLEEX=", "STAPLEEX=BOTTOMDUAL"},
       {With([](J j) { j.staple = "TopDoubleLeftDouble"; }), "STAPLEEX=", "STAPLEEX=LEFTDUAL"},
       {With([](J j) { j.staple = "None"; }), "STAPLEEX=", ""},
-      {With([](J j) { j.staple = "SaddleStaple"; }), "STAPLEEX=", ""},
       {Job(), "STAPLEEX=", ""},
       // Punch: the holes must match exactly, and both parts must be found.
       {With([](J j) { j.punch = "Left"; j.punchHoles = "2Holes"; }), "PUNCHEX=",
        "PUNCHEX=HOLES[TWO]:LOCATION[LEFT]"},
       {With([](J j) { j.punch = "Top"; j.punchHoles = "3Holes"; }), "PUNCHEX=",
        "PUNCHEX=HOLES[THREE]:LOCATION[TOP]"},
-      {With([](J j) { j.punch = "Right"; j.punchHoles = "4Holes"; }), "PUNCHEX=",
-       "PUNCHEX=HOLES[FOUR]:LOCATION[RIGHT]"},
       {With([](J j) { j.punch = "Bottom"; j.punchHoles = "CoilPunch"; }), "PUNCHEX=",
        "PUNCHEX=HOLES[COIL]:LOCATION[BOTTOM]"},
       {With([](J j) { j.punch = "PunchBottomEdge"; j.punchHoles = "2Holes"; }), "PUNCHEX=",
@@ -294,10 +250,8 @@ TEST_F(CommentLinesTest, AdvancedItems) {
       {With([](J j) { j.punch = "TopLeft"; j.punchHoles = "2Holes"; }), "PUNCHEX=",
        "PUNCHEX=HOLES[TWO]:LOCATION[LEFT]"},
       {With([](J j) { j.punch = "Left"; j.punchHoles = "2holes"; }), "PUNCHEX=", ""},
-      {With([](J j) { j.punch = "Left"; j.punchHoles = "2HolesWide"; }), "PUNCHEX=", ""},
       {With([](J j) { j.punch = "Left"; }), "PUNCHEX=", ""},
       {With([](J j) { j.punch = "None"; j.punchHoles = "2Holes"; }), "PUNCHEX=", ""},
-      {With([](J j) { j.punchHoles = "2Holes"; }), "PUNCHEX=", ""},
   };
   for (const auto& c : cases) {
     Fill(c.job);
@@ -343,14 +297,11 @@ TEST_F(CommentLinesTest, TicketReadingNormalisesTheRecord) {
       {"sides=two-sided-long-edge", "two-sided-long-edge", "", 1, 1},
       // A binding edge of 0 means one-sided, whatever the sides say.
       {"sides=two-sided-long-edge DuplexBindingEdge..n.=0", "one-sided", "", 1, 1},
-      {"sides=two-sided-long-edge DuplexBindingEdge..n.=2", "two-sided-long-edge", "", 1, 1},
       // A booklet signature forces the short edge; "None" is no booklet.
       {"sides=one-sided KRSignature=LeftSig", "two-sided-short-edge", "", 1, 1},
-      {"KRSignature=RightSigFold DuplexBindingEdge..n.=0", "two-sided-short-edge", "", 1, 1},
       {"sides=two-sided-long-edge KRSignature=None", "two-sided-long-edge", "", 1, 1},
       // Collate comes from the raw option text; "nocollate" is tested first.
       {"collate=true", "one-sided", "collate", 1, 1},
-      {"nocollate", "one-sided", "nocollate", 1, 1},
       {"collate nocollate", "one-sided", "nocollate", 1, 1},
       {"orientation-requested=4 com.apple.print.PrintSettings.PMLayoutDirection..n.=6",
        "one-sided", "", 4, 6},

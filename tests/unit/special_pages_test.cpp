@@ -100,9 +100,6 @@ INSTANTIATE_TEST_SUITE_P(
             kSP + "CoverCountTicket=1" + kSP + "CommandTicket_0=0,0,0,4" + kSP +
                 "CoverValueTicket_0=0,1,print-side,Plain,red,10,20",
             {"EMCP=FORMALSIZE", "EMCW=10", "EMCH=20", "EMCQ=Plain", "EMCC=RED", "EBCV=NONE"}},
-        HeaderCase{"UnknownMediaSourceWritesNoMediaLines",
-                   kSP + "CoverCountTicket=1" + kSP + "CoverValueTicket_0=0,2,print-front,P,red",
-                   {"EFCV=PRINTFRONT", "EBCV=NONE"}},
         HeaderCase{"NeitherFrontNorBack",
                    kSP + "CoverCountTicket=1" + kSP + "CoverValueTicket_0=2,0,print-front",
                    {}},
@@ -135,10 +132,6 @@ INSTANTIATE_TEST_SUITE_P(
                    kSP + "CoverCountTicket=2" + kSP + "CommandTicket_0=0,0,0,33" + kSP +
                        "CommandTicket_1=0,0,0,5" + kSP + "CoverValueTicket_1=1,1,,Q,red,3,4",
                    {"EMCP=FORMALSIZE", "EMCW=3", "EMCH=4", "EMCQ=Q", "EMCC=RED"}},
-        HeaderCase{"RecordsBeyondTheCountAreIgnored",
-                   kSP + "CoverCountTicket=1" + kSP + "CoverValueTicket_0=0,0,print-front" + kSP +
-                       "CoverValueTicket_1=1,0,print-back",
-                   {"EFCV=PRINTFRONT", "EMCT=TRAYT1", "EBCV=NONE"}},
         // Keys match without regard to case, as the option lookup does; "01"
         // is not how an index is written.
         HeaderCase{"IndexSpelling",
@@ -183,11 +176,8 @@ TEST(SpecialPages, ValueMaps) {
   } cases[] = {
       {"print-both", CoverTypeZPJLComm, CoverTypeZPJLCommValueCount, 0, "PRINTBOTH"},
       {"print-both", CoverTypeZPJLComm, 6, -1, ""},  // beyond the given count
-      {"PRINTFRONT", CoverTypeZPJLComm, CoverTypeZPJLCommValueCount, -1, ""},  // a value
-      {"other", MediaColorZPJLComm, MediaColorZPJLCommValueCount, 0, "OTHER"},
       {"custom_5", MediaColorZPJLComm, MediaColorZPJLCommValueCount, 0, "CUSTOM5"},
       {"two-sided-short-edge", SidesZPJLComm, SidesZPJLCommValueCount, 0, "TUMBLE"},
-      {"one-sided", SidesZPJLComm, 0, -1, ""},
       {"one-sided", SidesZPJLComm, -3, -1, ""},
   };
   for (const auto& c : cases) {
