@@ -1,5 +1,6 @@
-"""cmake --install: where the filter, its manual page and the sample PPDs go,
-with which modes, under DESTDIR and under another prefix.
+"""cmake --install: where the filter, the stream inspector, their manual
+pages, the inspector's JSON schema and the sample PPDs go, with which modes,
+under DESTDIR and under another prefix.
 
     install_test.py --build BUILD_DIR --source SOURCE_DIR
 """
@@ -41,8 +42,12 @@ class InstallTest(unittest.TestCase):
                 path = os.path.join(prefix, path[len("/usr/"):])
             return path.lstrip("/")
 
+        share = os.path.join(prefix.lstrip("/"), "share")
         files = {os.path.join(under(serverbin), "filter", "pstozpjl"): 0o755,
-                 os.path.join(prefix.lstrip("/"), "share", "man", "man8", "pstozpjl.8"): 0o644}
+                 os.path.join(share, "man", "man8", "pstozpjl.8"): 0o644,
+                 os.path.join(prefix.lstrip("/"), "bin", "zpjl-inspect"): 0o755,
+                 os.path.join(share, "man", "man1", "zpjl-inspect.1"): 0o644,
+                 os.path.join(share, "doc", "pstozpjl", "zpjl-inspect-schema.json"): 0o644}
         for name in SAMPLE_PPDS:
             files[os.path.join(under(datadir), "model", "pstozpjl", name)] = 0o644
         layout = dict(files)
@@ -52,7 +57,7 @@ class InstallTest(unittest.TestCase):
                 layout[path] = 0o755
         return layout
 
-    def test_installs_exactly_the_filter_manual_and_sample_ppds(self):
+    def test_installs_exactly_the_filter_inspector_manuals_schema_and_sample_ppds(self):
         work = cups_instance.private_directory(ARGS.build, "install-")
         self.addCleanup(shutil.rmtree, work, True)
         paths = cups_instance.read_install_paths(ARGS.build)

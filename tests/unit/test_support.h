@@ -35,9 +35,10 @@ inline void UsePPD(const std::string& name) {
   }
 }
 
-// One print-dialog setting of a job ticket, with its separating space.
+// One print-dialog setting of a job ticket, spaced off on both sides so it
+// can stand anywhere in an option string.
 inline std::string Key(const std::string& name, const std::string& value) {
-  return "com.korvanel.qd.jtz.printsettings." + name + "=" + value + " ";
+  return " com.korvanel.qd.jtz.printsettings." + name + "=" + value + " ";
 }
 
 // Job attribute lines: "@PJL SET JOBATTR=\"@" item "\"" and LF or CR LF.
