@@ -42,8 +42,7 @@ const char defaultUserName[] = "UnknownUser";
 
 namespace {
 
-constexpr char kProductTypeTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.PrintTypeProductTypeTicketKey";
+constexpr char kProductTypeTicketKey[] = JTZ_KEY("PrintTypeProductTypeTicketKey");
 
 // Longest user name: 255 UTF-16 units, or 255 bytes in Shift-JIS.
 constexpr int32_t kUserNameMaxUnits = 255;
