@@ -146,6 +146,12 @@ INSTANTIATE_TEST_SUITE_P(
             kUEL + kJobMode + Accounting(false, "1") + "@PJL SET RENDERMODE=COLOR\n" +
                 InfoLines(Block("1.3.0", {"DUPLEXTYPE=SIMPLEX", "COLORMODE=COLOR", "NUP=1"})) +
                 kEnterPS},
+        // A listed model gets the block even with CommentOn "False".
+        HeaderCase{"ListedModelCommentOffBasicBlock", "listed-model.ppd", "",
+                   kUEL + kJobMode + Accounting(false, "1") + "@PJL SET RENDERMODE=GRAYSCALE\n" +
+                       InfoLines(Block("1.3.0", {"DUPLEXTYPE=SIMPLEX", "COLORMODE=GRAYSCALE",
+                                                 "NUP=1"})) +
+                       kEnterPS},
         HeaderCase{"UnlistedModelFullBlock", "jobinfo-unlisted-model.ppd", "",
                    kUEL + kJobMode + Accounting(false, "1") + "@PJL SET RENDERMODE=COLOR\n" +
                        InfoLines(Block("1.5.0",
