@@ -120,46 +120,6 @@ INSTANTIATE_TEST_SUITE_P(
                     "PBCT=", "PBCI=OFF"}}),
     [](const testing::TestParamInfo<HeaderCase>& info) { return info.param.name; });
 
-TEST(PerfectBind, ReadingNormalisesTheRecord) {
-  RunPerfectBind(
-      "KRPBindPosition=BindRight KRPBindTrimming=3EdgeCutMinimum "
-      "KRPBindImagePosition=3 KRPBindCutPageSize=A4");
-  EXPECT_STREQ(psoptionpbind.cutPositionFore, "7mm");
-  EXPECT_STREQ(psoptionpbind.cutPositionTop, "7mm");
-  EXPECT_STREQ(psoptionpbind.cutPageSize, "");
-  EXPECT_EQ(psoptionpbind.minimumCut, 1);
-  EXPECT_EQ(psoptionpbind.imagePosition, -1);  // its key never matches the option
-
-  RunPerfectBind("KRPBindPosition=None KRPBindTrimming=3EdgeCut");  // starts cleared
-  EXPECT_STREQ(psoptionpbind.rotation, "");
-  EXPECT_EQ(psoptionpbind.minimumCut, 0);
-}
-
-TEST(PerfectBind, DigitalWriter) {
-  struct {
-    const char* text;
-    const char* position;
-    int32_t mode;
-    const char* value;
-  } cases[] = {
-      {"5", "RIGHT", 0, "5"},
-      {"5", "LEFT", 1, "5"},
-      {"5", "RIGHT", 2, "5"},
-      {"abc", "RIGHT", 1, "0"},
-      {"7mm", "LEFT", 2, "-7"},
-      // The most negative number has no positive twin: it wraps to itself.
-      {"-2147483648", "RIGHT", 1, "-2147483648"},
-      {"", "RIGHT", 1, nullptr},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(CaptureStdout([&] {
-                OutputZPJLCommandforPBindDigital(c.text, 1, "PBAX", c.position, c.mode);
-              }),
-              c.value ? Attr(std::string("PBAX=") + c.value) : "")
-        << c.text << c.mode;
-  }
-}
-
 TEST(PerfectBind, HostileValuesStaySafe) {
   // Numbers far outside 32 bits must not overflow; every line stays whole.
   std::string out = RunPerfectBind(

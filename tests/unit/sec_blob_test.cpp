@@ -129,24 +129,6 @@ TEST(SealedBlobInterop, WrappedKeyTakesTheLengthOfTheRecipientKey) {
   EXPECT_EQ(opened.payload, std::string(payload.begin(), payload.end()));
 }
 
-TEST(SealedBlobInterop, TwoBlobsOfOnePayloadShareOnlyTheHeader) {
-  const std::vector<uint8_t> payload = Pattern(48, 1);
-  const Sealed first = Seal(kSecBlobAesModeCBC, 0, payload);
-  const Sealed second = Seal(kSecBlobAesModeCBC, 0, payload);
-  ASSERT_EQ(first.result, kSecBlobSuccess);
-  ASSERT_EQ(second.result, kSecBlobSuccess);
-  ASSERT_EQ(first.blob.size(), second.blob.size());
-  EXPECT_TRUE(std::equal(first.blob.begin(), first.blob.begin() + 48, second.blob.begin()));
-  OpenedBlob a, b;
-  std::string error;
-  ASSERT_TRUE(OpenSealedBlob(first.blob, &a, &error)) << error;
-  ASSERT_TRUE(OpenSealedBlob(second.blob, &b, &error)) << error;
-  for (const char* part : {"salt", "content_key", "wrapped_key", "iv", "cipher"}) {
-    EXPECT_NE(a.Part(part), b.Part(part)) << part;
-  }
-  EXPECT_EQ(a.payload, b.payload);
-}
-
 // ---- Limits and refusals -----------------------------------------------------
 
 TEST(SealedBlobRefusals, ResultAndMessageLeaveTheOutputUntouched) {

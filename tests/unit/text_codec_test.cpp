@@ -137,20 +137,6 @@ TEST(ShiftJISX0213Table, EveryEncodedCharacterDecodesBack) {
   EXPECT_TRUE(failures.empty()) << report;
 }
 
-// The UTF-8 route is the identity for every BMP character outside the
-// surrogate range.
-TEST(UTF8UnitTable, EveryBMPCharacterRoundTrips) {
-  size_t failures = 0;
-  for (unsigned codePoint = 1; codePoint <= 0xFFFF; ++codePoint) {
-    if (codePoint >= 0xD800 && codePoint <= 0xDFFF) continue;
-    std::string utf8 = Utf8Of(codePoint);
-    char out[6];
-    int32_t length = ConvertUTF8ToEncodingForUTF8(utf8.c_str(), out, sizeof out);
-    if (std::string(out) != utf8 || length != static_cast<int32_t>(utf8.size())) ++failures;
-  }
-  EXPECT_EQ(failures, 0u);
-}
-
 TEST(DecodeUTF8, ValidityAndPrefix) {
   const struct {
     const char* text;
@@ -184,24 +170,6 @@ TEST(EncodeUnit, NoRoomForATwoByteFormIsNoForm) {
   char out[6];
   EXPECT_FALSE(EncodeUnitUTF8(0xD83D, out, sizeof out));
   EXPECT_STREQ(out, "");
-}
-
-TEST(EncodeUTF8, PairsJoinedHalvesDropped) {
-  struct Case {
-    const char* name;
-    std::u16string units;
-    std::string utf8;
-  };
-  const Case cases[] = {
-      {"plain", u"ab\u3042", "ab\xE3\x81\x82"},
-      {"pair", u"x\xD83D\xDE00y", "x\xF0\x9F\x98\x80y"},
-      {"high half at the end", u"x\xD83D", "x"},
-      {"low half alone", u"\xDE00z", "z"},
-      {"two highs", u"\xD83D\xD83D\xDE00", "\xF0\x9F\x98\x80"},
-  };
-  for (const Case& c : cases) {
-    EXPECT_EQ(EncodeUTF8(c.units.data(), c.units.size()), c.utf8) << c.name;
-  }
 }
 
 TEST(DecodeShiftJISX0213, UnitsAndPrefix) {
