@@ -11,7 +11,10 @@
 #include "frame/job_state.h"
 #include "frame/ppd_queries.h"
 #include "frame/ps_stream.h"
+#include "identity/host_identity.h"
 #include "platform/job_ppd.h"
+#include "ticket/name_validation.h"
+#include "ticket/text_encoding.h"
 
 void SignalHandler(int) { CancelJob = 1; }
 
@@ -19,24 +22,40 @@ void SignalPipeHandler(int) { CancelJobForPipe = 1; }
 
 namespace {
 
-// Fills StdUserName and StdJBAUserName from argument 2; returns UTF-8 mode.
+// Fills StdUserName and StdJBAUserName from argument 2, converted to the
+// printer's encoding; returns UTF-8 mode.
 bool ReadUserName(const char* user) {
   bool utf8 = IsUTF8PrinterEncoding();
   size_t nameSize = utf8 ? kStdUserNameSize : kStdUserNameLegacySize;
   size_t jbaSize = utf8 ? kStdJBAUserNameSize : kStdJBAUserNameLegacySize;
   ZeroText(StdUserName, nameSize);
-  CopyText(StdUserName, nameSize, user);
+  if (utf8) {
+    ConvertUTF8ToEncodingForUTF8(user, StdUserName, static_cast<int32_t>(nameSize));
+  } else {
+    ConvertUTF8ToEncoding(user, StdUserName, static_cast<int32_t>(nameSize));
+  }
   ZeroText(StdJBAUserName, jbaSize);
   CopyTextPrefix(StdJBAUserName, jbaSize, StdUserName, jbaSize - 1);
   return utf8;
 }
 
-void ReadDocumentName(const char* title, bool utf8) {
+// Converts and checks the title (argument 3). A title holding a line break
+// leaves both document names empty.
+void ReadDocumentName(char* argv[], bool utf8) {
   ZeroText(StdDocumentName, sizeof StdDocumentName);
   ZeroText(PTStdDocumentName, sizeof PTStdDocumentName);
+  const char* title = argv[3];
   if (std::strchr(title, '\r') != nullptr || std::strchr(title, '\n') != nullptr) return;
-  CopyText(StdDocumentName, sizeof StdDocumentName, title);
-  if (utf8) CopyText(PTStdDocumentName, sizeof PTStdDocumentName, title);
+  const int32_t size = static_cast<int32_t>(kStdDocumentNameSize);
+  if (utf8) {
+    ConvertUTF8ToEncodingForUTF8(title, StdDocumentName, size);
+    ConvertUTF8ToEncodingForUTF8(title, PTStdDocumentName, size);
+    InvalidateStdDocumentNameForProductType(argv);
+    InvalidatePrintTypeDocumentNameForProductType(argv);
+  } else {
+    ConvertUTF8ToEncoding(title, StdDocumentName, size);
+    InvalidateStdDocumentNameForProductType(argv);
+  }
 }
 
 bool UsesFeatureInsertionMode() {
@@ -60,7 +79,8 @@ int FilterMain(int argc, char* argv[]) {
   ZeroLayoutInfo();
   signal(SIGTERM, SignalHandler);
   signal(SIGPIPE, SignalPipeHandler);
-  ReadDocumentName(argv[3], utf8);
+  InvalidateStdUserName();
+  ReadDocumentName(argv, utf8);
   InializeDescriptionTable();
 
   char jobCopyPath[kJobCopyPathSize];
@@ -68,6 +88,7 @@ int FilterMain(int argc, char* argv[]) {
 
   ZeroText(HostNameStr, sizeof HostNameStr);
   ZeroText(IPAddressStr, sizeof IPAddressStr);
+  getHostName(HostNameStr);
   setbuf(stderr, nullptr);
 
   if (GetTicketFromPDE(argv) == 1) OutputZPJLCommand(argv);

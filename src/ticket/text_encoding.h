@@ -25,3 +25,12 @@ CFStringEncoding GetCFStringSimEncodingFromPPD(ppd_file_t* ppd);
 
 // True when some character of `text` has no Shift-JIS form.
 bool checkIfCharacterIsMultibyte(const char* text);
+
+// Length of UTF-8 `text` in UTF-16 units (the unit the name limits count
+// in). Counts the valid prefix of a text whose end was cut mid-character.
+int32_t CountUTF16Units(const char* text);
+
+// When UTF-8 `text` is longer than `count` UTF-16 units, rebuilds it in
+// place (size bytes, zeroed first) from its first `count` units; a surrogate
+// pair split by the cut is left out. Shorter texts stay as they are.
+void CutUTF8ToUnits(char* text, int32_t size, int32_t count);
