@@ -15,6 +15,19 @@ const char* FindByte(const char* from, const char* end, char byte) {
 
 }  // namespace
 
+bool LineSink::Plain(const char*, size_t) { return false; }
+
+void LineSink::Span(const char* bytes, size_t length) {
+  const char* end = bytes + length;
+  while (bytes < end) {
+    const char* lf = FindByte(bytes, end, '\n');
+    const char* eol = FindByte(bytes, lf, '\r');
+    if (eol == end) return;  // not a whole line: nothing a span can hold
+    Line(bytes, static_cast<size_t>(eol - bytes), *eol);
+    bytes = eol + 1;
+  }
+}
+
 const char* LineScanner::FindLineEnd(const char* from, const char* end) {
   // Each cached position is searched again only once it has been passed, so
   // a block is scanned once per terminator kind whatever its line ends are.
@@ -38,28 +51,41 @@ void LineScanner::Append(const char* bytes, size_t length) {
   }
 }
 
+void LineScanner::FlushSpan(const char* from, const char* to) {
+  if (to > from) sink_.Span(from, static_cast<size_t>(to - from));
+}
+
 bool LineScanner::Feed(const char* bytes, size_t length) {
   const char* p = bytes;
   const char* end = bytes + length;
+  const char* span = p;  // plain lines from here to p are not handed out yet
   nextCR_ = nullptr;
   nextLF_ = nullptr;
   while (p < end) {
     const char* eol = FindLineEnd(p, end);
     size_t segment = static_cast<size_t>(eol - p);
     if (eol == end) {
+      FlushSpan(span, p);
       Append(p, segment);
-      break;
+      return true;
     }
     if (length_ == 0 && segment < kPSLineChunk) {
       // The whole line lies in this block: no copy needed.
-      if (!sink_.Line(p, segment, *eol)) return false;
+      if (!sink_.Plain(p, segment)) {
+        FlushSpan(span, p);
+        if (!sink_.Line(p, segment, *eol)) return false;
+        span = eol + 1;
+      }
     } else {
+      FlushSpan(span, p);
       Append(p, segment);
       if (!sink_.Line(line_, length_, *eol)) return false;
       length_ = 0;
+      span = eol + 1;
     }
     p = eol + 1;
   }
+  FlushSpan(span, p);
   return true;
 }
 

@@ -3,6 +3,10 @@
 //
 // A line ends at CR or at LF (so CR LF is a line and an empty line). A line
 // reaching kPSLineChunk bytes is handed out as a chunk and starts afresh.
+//
+// Most lines of a job are only copied. A sink that says so for a line
+// (Plain) gets runs of such lines as one span of input bytes (Span), so a
+// copy costs one write per run instead of one per line.
 #pragma once
 
 #include <cstddef>
@@ -16,6 +20,12 @@ class LineSink {
   virtual void Chunk(const char* bytes, size_t length) = 0;
   // A complete line without its terminator. Returns false to stop the scan.
   virtual bool Line(const char* line, size_t length, char terminator) = 0;
+  // Whether Line() would do nothing for this line but write it and its
+  // terminator. Must not change the sink's state.
+  virtual bool Plain(const char* line, size_t length);
+  // Consecutive plain lines, each with its terminator, as they were input.
+  // By default handed to Line() one by one.
+  virtual void Span(const char* bytes, size_t length);
 };
 
 class LineScanner {
@@ -38,6 +48,7 @@ class LineScanner {
  private:
   const char* FindLineEnd(const char* from, const char* end);
   void Append(const char* bytes, size_t length);
+  void FlushSpan(const char* from, const char* to);
 
   LineSink& sink_;
   char line_[kPSLineBufferSize];
