@@ -10,8 +10,42 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "frame/ps_stream.h"
+
+// The line ends (CR or LF) among the first min(length, 64) bytes, as bits:
+// bit i is set when bytes[i] ends a line. The scanner finds them 64 bytes at
+// a time, with vector compares where the processor has them.
+constexpr size_t kLineEndWindow = 64;
+uint64_t WindowLineEnds(const char* bytes);  // 64 bytes, baseline vector unit
+#if (defined(__x86_64__) || defined(__i386__)) && (defined(__GNUC__) || defined(__clang__))
+#define ZPJL_SCAN_AVX2 1
+uint64_t WindowLineEndsAvx2(const char* bytes);  // 64 bytes; only where HasAvx2()
+bool HasAvx2();
+#else
+#define ZPJL_SCAN_AVX2 0
+#endif
+uint64_t LineEndMask(const char* bytes, size_t length);
+
+// A quick pre-test of the lines a sink has to look at: a line may be other
+// than plain only when both its length and its first byte are admitted (all
+// lengths of 63 bytes and more count as one). By default every line is.
+class LineCandidates {
+ public:
+  LineCandidates();
+  static LineCandidates None();
+  // Admits lines of this one's length and first byte.
+  void Add(const char* line, size_t length);
+  bool Admit(const char* line, size_t length) const {
+    size_t bit = length < 63 ? length : 63;
+    return ((lengths_ >> bit) & 1) != 0 && firsts_[static_cast<unsigned char>(line[0])];
+  }
+
+ private:
+  uint64_t lengths_;
+  bool firsts_[256];
+};
 
 class LineSink {
  public:
@@ -26,6 +60,11 @@ class LineSink {
   // Consecutive plain lines, each with its terminator, as they were input.
   // By default handed to Line() one by one.
   virtual void Span(const char* bytes, size_t length);
+  // Lines outside these are plain without asking Plain().
+  const LineCandidates& candidates() const { return candidates_; }
+
+ protected:
+  LineCandidates candidates_;
 };
 
 class LineScanner {
@@ -46,16 +85,23 @@ class LineScanner {
   size_t pendingLength() const { return length_; }
 
  private:
-  const char* FindLineEnd(const char* from, const char* end);
+  struct BlockScan {
+    const char* line;  // start of the line being scanned
+    const char* span;  // start of the plain lines not handed out yet
+    bool carried;      // the line continues text of earlier blocks
+  };
+  bool EndLines(const char* window, uint64_t ends, BlockScan& scan);
+  template <uint64_t (*Ends)(const char*)>
+  bool FeedWith(const char* bytes, size_t length);
+#if ZPJL_SCAN_AVX2
+  bool FeedAvx2(const char* bytes, size_t length);
+#endif
   void Append(const char* bytes, size_t length);
   void FlushSpan(const char* from, const char* to);
 
   LineSink& sink_;
   char line_[kPSLineBufferSize];
   size_t length_ = 0;
-  // Next CR and LF found in the block being scanned (nullptr: not searched yet).
-  const char* nextCR_ = nullptr;
-  const char* nextLF_ = nullptr;
 };
 
 enum class ScanResult { kEndOfInput, kStopped };

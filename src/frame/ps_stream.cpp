@@ -56,6 +56,12 @@ PSLineKind ClassifyPSLine(const char* line, size_t length) {
   return PSLineKind::kPlain;
 }
 
+LineCandidates StructuralLineCandidates() {
+  LineCandidates candidates = LineCandidates::None();
+  for (const StructuralLine& known : kStructuralLines) candidates.Add(known.text, known.length);
+  return candidates;
+}
+
 bool HandlePSLine(PSLineState& state, const char* line, size_t length, char terminator,
                   char* argv[], FILE* out) {
   switch (ClassifyPSLine(line, length)) {
@@ -119,7 +125,7 @@ namespace {
 // Sink of the pass-through: chunks and lines go to stdout.
 class PassThroughSink : public LineSink {
  public:
-  explicit PassThroughSink(char* argv[]) : argv_(argv) {}
+  explicit PassThroughSink(char* argv[]) : argv_(argv) { candidates_ = StructuralLineCandidates(); }
   void Chunk(const char* bytes, size_t length) override { KZfwrite(bytes, 1, length, stdout); }
   bool Line(const char* line, size_t length, char terminator) override {
     return HandlePSLine(state_, line, length, terminator, argv_, stdout);

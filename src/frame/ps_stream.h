@@ -39,6 +39,11 @@ enum class PSLineKind {
 // The kind of a whole line (without its terminator).
 PSLineKind ClassifyPSLine(const char* line, size_t length);
 
+// Admits the structural lines (and some others): what a line scanner must
+// show ClassifyPSLine. Declared in line_scanner.h.
+class LineCandidates;
+LineCandidates StructuralLineCandidates();
+
 // State of one pass over the job's lines.
 struct PSLineState {
   int32_t page = 0;

@@ -201,6 +201,28 @@ TEST(LineScanner, DefaultSpanHandsOutItsLines) {
   EXPECT_TRUE(sink.events.empty());
 }
 
+TEST(LineEndMask, EveryWayOfFindingLineEndsAgrees) {
+  std::mt19937 random(20261123);
+  // CR and LF among bytes that differ from them in one bit, or only in the sign bit.
+  const unsigned char alphabet[] = {'\r', '\n', 'a', 0x8D, 0x8A, 0x0C, 0x0B, 0x2D, 0x00, 0xFF};
+  for (int round = 0; round < 2000; ++round) {
+    char window[kLineEndWindow];
+    uint64_t expected = 0;
+    for (size_t i = 0; i < kLineEndWindow; ++i) {
+      window[i] = static_cast<char>(alphabet[random() % sizeof alphabet]);
+      if (window[i] == '\r' || window[i] == '\n') expected |= uint64_t{1} << i;
+    }
+    size_t prefix = random() % (kLineEndWindow + 1);
+    ASSERT_EQ(LineEndMask(window, prefix), prefix == 64 ? expected : expected & ((uint64_t{1} << prefix) - 1));
+    ASSERT_EQ(WindowLineEnds(window), expected);
+#if ZPJL_SCAN_AVX2
+    if (HasAvx2()) {
+      ASSERT_EQ(WindowLineEndsAvx2(window), expected);
+    }
+#endif
+  }
+}
+
 TEST(LineScanner, StopsWhenTheSinkAsks) {
   RecordingSink sink;
   sink.stopAt = "ep";
