@@ -8,5 +8,5 @@ const char* JobCopyFlagPath();
 const char* LegacyJobCopyPattern();
 
 // The Darwin kernel release the system-version gates read, or "" to ask the
-// running system (only an Apple system has one to ask).
+// running system (only a Darwin system has one to ask).
 const char* BuiltInKernelRelease();
