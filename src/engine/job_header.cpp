@@ -7,6 +7,8 @@
 #include "frame/output_channel.h"
 #include "frame/ppd_queries.h"
 #include "modules/job_comments/job_comments.h"
+#include "modules/perfect_binding/perfect_binding.h"
+#include "modules/special_pages/special_pages.h"
 #include "platform/job_ppd.h"
 
 namespace {
@@ -128,7 +130,9 @@ void OutputZPJLCommand(char* argv[]) {
   OutputZPJLCommandLanguageEncodingForKQM4T2A();
   OutputZPJLCommandFromArray(argv, prtFmtTableZPJLJobMode, numFmtTableZPJLJobMode);
   OutputZPJLCommandFromFilter(argv);
-  // Perfect binding, booklet, toner saver, other device settings, special pages.
+  OutputZPJLCommandforPerfectBind();
+  // Booklet, toner saver, other device settings.
+  OutputZPJLCommandForSpecialPage(argv);
 
   ppd_file_t* ppd = AcquireJobPPD();
   OutputZPJLCommandForJobInformation(ppd);

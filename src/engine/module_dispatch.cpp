@@ -1,8 +1,12 @@
 #include "engine/module_dispatch.h"
 
 #include "engine/job_header.h"
+#include "modules/perfect_binding/perfect_binding.h"
+#include "modules/special_pages/special_pages.h"
 
 void InializeDescriptionTableFromFilter() {
+  // Print type, accounting and finishing features come first.
+  SpecialPageInializeDescriptionTable();
 }
 
 void InializeDescriptionTable() {
@@ -11,7 +15,10 @@ void InializeDescriptionTable() {
 }
 
 int GetTicketFromPDE(char* argv[]) {
-  (void)argv;
+  // Print type, accounting, finishing features and watermark come first.
+  PBindGetTicketFromPDE(argv);
+  // Job information comments.
+  SpecialPageGetTicketFromPDE(argv);
   return 1;
 }
 
