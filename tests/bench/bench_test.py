@@ -195,6 +195,15 @@ class TicketTest(unittest.TestCase):
                 self.assertEqual(len(keys), len(set(keys)), "duplicate keys")
                 self.assertEqual(sorted(self.parse(bench.ticket_text(options))), sorted(options))
 
+    def test_values_are_quoted_only_where_needed(self):
+        cases = (("plain", "a=plain"), ("1,5,9", "a=1,5,9"), ("(CONFIDENTIAL)", "a=(CONFIDENTIAL)"),
+                 ("two words", "a='two words'"), ("", "a=''"), ("it's", "a='it\\'s'"),
+                 ("back\\slash", "a='back\\\\slash'"), ("{x}", "a='{x}'"))
+        for value, text in cases:
+            with self.subTest(value=value):
+                self.assertEqual(bench.ticket_text([("a", value)]), text)
+                self.assertEqual(self.parse(text), [("a", value)])
+
     def test_tickets_turn_the_modules_on(self):
         throughput = dict(bench.throughput_options())
         full = dict(bench.full_options(self.SEEDS))
