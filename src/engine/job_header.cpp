@@ -6,6 +6,7 @@
 #include "frame/fixed_text.h"
 #include "frame/output_channel.h"
 #include "frame/ppd_queries.h"
+#include "modules/device_settings/device_settings.h"
 #include "modules/job_comments/job_comments.h"
 #include "modules/perfect_binding/perfect_binding.h"
 #include "modules/special_pages/special_pages.h"
@@ -131,7 +132,9 @@ void OutputZPJLCommand(char* argv[]) {
   OutputZPJLCommandFromArray(argv, prtFmtTableZPJLJobMode, numFmtTableZPJLJobMode);
   OutputZPJLCommandFromFilter(argv);
   OutputZPJLCommandforPerfectBind();
-  // Booklet, toner saver, other device settings.
+  // The booklet attributes come here.
+  OutputZPJLCommandForTonerSaver();
+  OutputZPJLCommandOthers();
   OutputZPJLCommandForSpecialPage(argv);
 
   ppd_file_t* ppd = AcquireJobPPD();

@@ -1,6 +1,7 @@
 #include "engine/module_dispatch.h"
 
 #include "engine/job_header.h"
+#include "modules/job_comments/job_comments.h"
 #include "modules/perfect_binding/perfect_binding.h"
 #include "modules/special_pages/special_pages.h"
 
@@ -17,7 +18,7 @@ void InializeDescriptionTable() {
 int GetTicketFromPDE(char* argv[]) {
   // Print type, accounting, finishing features and watermark come first.
   PBindGetTicketFromPDE(argv);
-  // Job information comments.
+  CommentGetTicketFromPDE(argv);
   SpecialPageGetTicketFromPDE(argv);
   return 1;
 }

@@ -6,6 +6,7 @@
 
 #include "engine/job_header.h"
 #include "engine/module_dispatch.h"
+#include "frame/feature_insertion.h"
 #include "frame/fixed_text.h"
 #include "frame/job_copy.h"
 #include "frame/job_state.h"
@@ -93,6 +94,7 @@ int FilterMain(int argc, char* argv[]) {
 
   if (GetTicketFromPDE(argv) == 1) OutputZPJLCommand(argv);
   if (UsesFeatureInsertionMode()) {
+    OutputPSStreamtoFileandInsertPJLforFeaturePDE(argc, argv);
   } else {
     OutputPSStream(argc, argv);
   }

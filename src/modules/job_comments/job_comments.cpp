@@ -1,8 +1,100 @@
 #include "modules/job_comments/job_comments.h"
 
+#include <climits>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 
+#include "frame/fixed_text.h"
 #include "frame/output_channel.h"
+#include "modules/device_settings/device_settings.h"
+
+CommentOptionRecord psoptioncomment;
+
+namespace {
+
+// Short name for the record in this file's tables.
+constexpr CommentOptionRecord& rec = psoptioncomment;
+
+const char kCommentSidesTicketKey[] = "sides";
+const char kCommentColorModeTicketKey[] = "KRColorMode";
+const char kCommentNumberUpTicketKey[] = "number-up";
+const char kCommentStapleTicketKey[] = "KRStaple";
+const char kCommentPunchTicketKey[] = "KRPunch";
+const char kCommentPunchHolesTicketKey[] = "KRNumPunchHoles";
+const char kCommentSignatureTicketKey[] = "KRSignature";
+const char kCommentSigVolTicketKey[] = "KRSigVol";
+const char kCommentLineWeightTicketKey[] = "KRLineWeightAdjustment";
+const char kCommentTonerSaverTicketKey[] = "KRTonerSaver";
+const char kCommentTonerReductionRateTicketKey[] = "KRTonerReductionRate";
+const char kCommentDuplexBindingEdgeTicketKey[] = "DuplexBindingEdge..n.";
+const char kCommentCopiesTicketKey[] = "com.apple.print.PrintSettings.PMCopies..n.";
+const char kCommentOrientationTicketKey[] = "orientation-requested";
+const char kCommentLayoutDirectionTicketKey[] =
+    "com.apple.print.PrintSettings.PMLayoutDirection..n.";
+
+constexpr int32_t kTextSize = static_cast<int32_t>(kCommentTextSize);
+constexpr int32_t kIntSize = static_cast<int32_t>(sizeof(int32_t));
+
+// Every line is formatted whole into a buffer of this size (longer text is cut).
+constexpr size_t kCommentLineSize = 100;
+
+}  // namespace
+
+const TicketBinding CommentticketData[] = {
+    {kCommentSidesTicketKey, rec.sides, kTextSize, GetTicketStringConvertedToPrtLang},
+    {kCommentColorModeTicketKey, rec.colorMode, kTextSize, GetTicketStringConvertedToPrtLang},
+    {kCommentNumberUpTicketKey, rec.numberUp, kTextSize, GetNumberUpTicketStringForComment},
+    {kCommentStapleTicketKey, rec.staple, kTextSize, GetTicketStringConvertedToPrtLang},
+    {kCommentPunchTicketKey, rec.punch, kTextSize, GetTicketStringConvertedToPrtLang},
+    {kCommentPunchHolesTicketKey, rec.punchHoles, kTextSize, GetTicketStringConvertedToPrtLang},
+    {kCommentSignatureTicketKey, rec.signature, kTextSize, GetTicketStringConvertedToPrtLang},
+    {kCommentSigVolTicketKey, rec.signatureVolume, kTextSize, GetTicketStringConvertedToPrtLang},
+    {kCommentLineWeightTicketKey, rec.lineWeightAdjustment, kTextSize,
+     GetTicketStringConvertedToPrtLang},
+    {kCommentTonerSaverTicketKey, rec.tonerSaver, kTextSize, GetTicketStringConvertedToPrtLang},
+    {kCommentTonerReductionRateTicketKey, rec.tonerReductionRate, kTextSize,
+     GetTicketStringConvertedToPrtLang},
+    {kCommentDuplexBindingEdgeTicketKey, &rec.duplexBindingEdge, kIntSize, GetTicketInteger},
+    {kCommentCopiesTicketKey, &rec.copies, kIntSize, GetTicketInteger},
+    {kCommentOrientationTicketKey, &rec.orientation, kIntSize, GetTicketInteger},
+    {kCommentLayoutDirectionTicketKey, &rec.layoutDirection, kIntSize, GetTicketInteger},
+};
+const int32_t CommentticketDataNum =
+    static_cast<int32_t>(sizeof CommentticketData / sizeof CommentticketData[0]);
+
+void CommentResetOptionRecord() { std::memset(&psoptioncomment, 0, sizeof psoptioncomment); }
+
+void CommentGetTicketFromPDE(char* argv[]) {
+  // Collate is left alone: it starts empty and is set below at most once per job.
+  ZeroText(rec.sides, sizeof rec.sides);
+  ZeroText(rec.colorMode, sizeof rec.colorMode);
+  std::memset(rec.numberUp, 0,
+              sizeof(CommentOptionRecord) - offsetof(CommentOptionRecord, numberUp));
+
+  GetTicketFromArray(argv, CommentticketData, CommentticketDataNum);
+
+  const char* rawTicket = argv != nullptr ? argv[5] : nullptr;
+  if (rawTicket != nullptr) {
+    // "nocollate" contains "collate", so it is tested first.
+    if (std::strstr(rawTicket, "nocollate") != nullptr) {
+      CopyText(rec.collate, sizeof rec.collate, "nocollate");
+    } else if (std::strstr(rawTicket, "collate") != nullptr) {
+      CopyText(rec.collate, sizeof rec.collate, "collate");
+    }
+  }
+
+  // An absent binding edge reads as -1 and keeps the ticket's sides.
+  if (rec.sides[0] == '\0' || rec.duplexBindingEdge == 0) {
+    CopyText(rec.sides, sizeof rec.sides, "one-sided");
+  }
+  // A booklet is always printed on both sides, flipped on the short edge.
+  if (rec.signature[0] != '\0' && std::strcmp(rec.signature, "None") != 0) {
+    CopyText(rec.sides, sizeof rec.sides, "two-sided-short-edge");
+  }
+  if (rec.orientation == -1) rec.orientation = 1;
+  if (rec.layoutDirection == -1) rec.layoutDirection = 1;
+}
 
 void OutputZPJLCommandforCommentVersionLow() {
   KZfputs("@PJL COMMENT PRINTJOBINFO VERSION=1.3.0\n", stdout);
@@ -18,8 +110,311 @@ void OutputZPJLCommandforCommentBegin() {
   KZfputs("@PJL COMMENT PRINTJOBINFO JOBTYPE=PRINT\n", stdout);
 }
 
-// The job-describing lines come with the comments record (job information module).
-void OutputZPJLCommandforCommentBasic() {}
-void OutputZPJLCommandforCommentAdvanced() {}
-
 void OutputZPJLCommandforCommentEnd() { KZfputs("@PJL COMMENT PRINTJOBINFO END\n", stdout); }
+
+namespace {
+
+bool IsEmpty(const char* text) { return text[0] == '\0'; }
+bool Equals(const char* text, const char* word) { return std::strcmp(text, word) == 0; }
+
+// Writes "@PJL COMMENT PRINTJOBINFO <item>\n"; a null item writes nothing.
+void PutCommentItem(const char* item) {
+  if (item == nullptr) return;
+  char line[kCommentLineSize];
+  FormatText(line, sizeof line, "@PJL COMMENT PRINTJOBINFO %s\n", item);
+  KZfputs(line, stdout);
+}
+
+// ---- Basic lines ----------------------------------------------------------
+
+void PutCopies() {
+  if (IsEmpty(rec.collate)) return;
+  char line[kCommentLineSize];
+  if (Equals(rec.collate, "collate")) {
+    FormatText(line, sizeof line, "@PJL COMMENT PRINTJOBINFO JOBCOPIES=%d\n", rec.copies);
+    KZfputs(line, stdout);
+    PutCommentItem("PAGECOPIES=1");
+  } else {
+    FormatText(line, sizeof line, "@PJL COMMENT PRINTJOBINFO PAGECOPIES=%d\n", rec.copies);
+    KZfputs(line, stdout);
+    PutCommentItem("JOBCOPIES=1");
+  }
+}
+
+// First match wins: a sides text or a binding edge (-1 never matches).
+struct DuplexRule {
+  const char* sides;
+  int32_t bindingEdge;
+  const char* item;
+};
+
+const DuplexRule kDuplexRules[] = {
+    {"two-sided-long-edge", -1, "DUPLEXTYPE=DUPLEX"},
+    {nullptr, 2, "DUPLEXTYPE=DUPLEX"},
+    {"two-sided-short-edge", 3, "DUPLEXTYPE=TUMBLE"},
+    {"one-sided", 1, "DUPLEXTYPE=SIMPLEX"},
+};
+
+void PutDuplex() {
+  if (IsEmpty(rec.sides)) return;
+  for (const DuplexRule& rule : kDuplexRules) {
+    bool sidesMatch = rule.sides != nullptr && Equals(rec.sides, rule.sides);
+    bool edgeMatch = rule.bindingEdge != -1 && rec.duplexBindingEdge == rule.bindingEdge;
+    if (sidesMatch || edgeMatch) {
+      PutCommentItem(rule.item);
+      return;
+    }
+  }
+}
+
+void PutColorMode() {
+  switch (DecideRenderColor(rec.colorMode)) {
+    case RenderColor::kColor:
+      PutCommentItem("COLORMODE=COLOR");
+      break;
+    case RenderColor::kGrayscale:
+      PutCommentItem("COLORMODE=GRAYSCALE");
+      break;
+    case RenderColor::kNone:
+      break;
+  }
+}
+
+void PutNumberUp() {
+  if (IsEmpty(rec.numberUp)) return;
+  char line[kCommentLineSize];
+  FormatText(line, sizeof line, "@PJL COMMENT PRINTJOBINFO NUP=%s\n", rec.numberUp);
+  KZfputs(line, stdout);
+}
+
+void PutStaple() {
+  if (IsEmpty(rec.staple)) return;
+  // Saddle stapling is a booklet setting, not a staple.
+  bool off = Equals(rec.staple, "None") || Equals(rec.staple, "SaddleStaple");
+  PutCommentItem(off ? "STAPLE=OFF" : "STAPLE=ON");
+}
+
+void PutPunch() {
+  if (IsEmpty(rec.punch)) return;
+  PutCommentItem(Equals(rec.punch, "None") ? "PUNCH=OFF" : "PUNCH=ON");
+}
+
+void PutBooklet() {
+  if (IsEmpty(rec.signature)) return;
+  if (Equals(rec.signature, "None") || IsEmpty(rec.signatureVolume)) {
+    PutCommentItem("BOOKLETTYPE=TYPE[NOBOOKLET]");
+    return;
+  }
+  if (Equals(rec.signatureVolume, "None")) {
+    PutCommentItem("BOOKLETTYPE=TYPE[NONEDIVIDE]");
+    return;
+  }
+  // The volume is a sheet count followed by a word ("10Sheets"): keep the count.
+  char* word = std::strstr(rec.signatureVolume, "Sheet");
+  if (word != nullptr) {
+    size_t offset = static_cast<size_t>(word - rec.signatureVolume);
+    ZeroText(word, sizeof rec.signatureVolume - offset);
+  }
+  char line[kCommentLineSize];
+  FormatText(line, sizeof line,
+             "@PJL COMMENT PRINTJOBINFO BOOKLETTYPE=TYPE[MANUALDIVIDE]:THRESHOLD[%s]\n",
+             rec.signatureVolume);
+  KZfputs(line, stdout);
+}
+
+// ---- Advanced lines -------------------------------------------------------
+
+enum class SignatureSide { kLeft, kRight, kNone, kOther };
+enum class NupShape { kSingle, kGrid, kPair, kOther };
+
+struct SignatureSideRow {
+  const char* signature;
+  SignatureSide side;
+};
+
+const SignatureSideRow kSignatureSides[] = {
+    {"LeftSig", SignatureSide::kLeft},
+    {"LeftSigCenterStaple", SignatureSide::kLeft},
+    {"LeftSigFold", SignatureSide::kLeft},
+    {"RightSig", SignatureSide::kRight},
+    {"RightSigCenterStaple", SignatureSide::kRight},
+    {"RightSigFold", SignatureSide::kRight},
+    {"", SignatureSide::kNone},
+    {"None", SignatureSide::kNone},
+};
+
+SignatureSide SideOfSignature(const char* signature) {
+  for (const SignatureSideRow& row : kSignatureSides) {
+    if (Equals(signature, row.signature)) return row.side;
+  }
+  return SignatureSide::kOther;
+}
+
+NupShape ShapeOfNumberUp(const char* numberUp) {
+  if (IsEmpty(numberUp)) return NupShape::kSingle;
+  switch (std::atoi(numberUp)) {
+    case 1:
+      return NupShape::kSingle;
+    case 4:
+    case 9:
+    case 16:
+      return NupShape::kGrid;
+    case 2:
+    case 6:
+      return NupShape::kPair;
+    default:
+      return NupShape::kOther;
+  }
+}
+
+const char kPortrait[] = "ORIENTATION=PORTRAIT";
+const char kLandscape[] = "ORIENTATION=LANDSCAPE";
+const char kRotatedPortrait[] = "ORIENTATION=ROTATEDPORTRAIT";
+const char kRotatedLandscape[] = "ORIENTATION=ROTATEDLANDSCAPE";
+
+// The page orientations the ticket can ask for, in the column order below.
+const int32_t kOrientationColumns[] = {1, 4, 5, 6};
+
+// How the sheet lies for a booklet side and an N-up shape, by orientation.
+struct OrientationRow {
+  SignatureSide side;
+  NupShape shape;
+  const char* items[4];
+};
+
+constexpr SignatureSide kLeft = SignatureSide::kLeft;
+constexpr SignatureSide kRight = SignatureSide::kRight;
+constexpr SignatureSide kNone = SignatureSide::kNone;
+
+const OrientationRow kOrientationRows[] = {
+    {kLeft, NupShape::kSingle, {kLandscape, kRotatedPortrait, kRotatedPortrait, kLandscape}},
+    {kLeft, NupShape::kGrid, {kLandscape, kRotatedPortrait, kRotatedPortrait, kLandscape}},
+    {kLeft, NupShape::kPair, {kRotatedPortrait, kLandscape, kLandscape, kRotatedPortrait}},
+    {kRight, NupShape::kSingle, {kRotatedLandscape, kPortrait, kPortrait, kRotatedLandscape}},
+    {kRight, NupShape::kGrid, {kRotatedLandscape, kPortrait, kPortrait, kRotatedLandscape}},
+    {kRight, NupShape::kPair, {kPortrait, kRotatedLandscape, kRotatedLandscape, kPortrait}},
+    {kNone, NupShape::kPair, {kLandscape, kPortrait, kPortrait, kLandscape}},
+    {kNone, NupShape::kGrid, {kPortrait, kLandscape, kLandscape, kPortrait}},
+    {kNone, NupShape::kSingle, {kPortrait, kLandscape, kRotatedLandscape, kRotatedPortrait}},
+};
+
+const char* OrientationItem() {
+  SignatureSide side = SideOfSignature(rec.signature);
+  NupShape shape = ShapeOfNumberUp(rec.numberUp);
+  for (const OrientationRow& row : kOrientationRows) {
+    if (row.side != side || row.shape != shape) continue;
+    for (size_t column = 0; column < 4; ++column) {
+      if (kOrientationColumns[column] == rec.orientation) return row.items[column];
+    }
+    return nullptr;
+  }
+  return nullptr;
+}
+
+// N-up page order by page count range and layout direction.
+struct NupOrderRule {
+  int32_t minPages;
+  int32_t maxPages;
+  int32_t direction;
+  const char* item;
+};
+
+const NupOrderRule kNupOrderRules[] = {
+    {2, 2, 1, "NUPEX=RIGHTTODOWN"},      {2, 2, 5, "NUPEX=RIGHTTODOWN"},
+    {2, 2, 3, "NUPEX=LEFTTOUP"},         {2, 2, 6, "NUPEX=LEFTTOUP"},
+    {3, INT_MAX, 1, "NUPEX=RIGHTTHENDOWN"}, {3, INT_MAX, 3, "NUPEX=LEFTTHENDOWN"},
+    {3, INT_MAX, 5, "NUPEX=DOWNTHENRIGHT"}, {3, INT_MAX, 6, "NUPEX=DOWNTHENLEFT"},
+};
+
+const char* NupOrderItem() {
+  if (IsEmpty(rec.numberUp)) return nullptr;
+  int32_t pages = std::atoi(rec.numberUp);
+  for (const NupOrderRule& rule : kNupOrderRules) {
+    if (pages >= rule.minPages && pages <= rule.maxPages && rec.layoutDirection == rule.direction) {
+      return rule.item;
+    }
+  }
+  return nullptr;
+}
+
+const char* SaddleStitchItem() {
+  if (IsEmpty(rec.signature)) return nullptr;
+  bool saddle = Equals(rec.signature, "LeftSigCenterStaple") ||
+                Equals(rec.signature, "RightSigCenterStaple");
+  return saddle ? "SADDLESTAPLE=ON" : "SADDLESTAPLE=OFF";
+}
+
+// A word found in a setting and the text it stands for.
+struct WordMap {
+  const char* word;
+  const char* text;
+};
+
+const WordMap kStaplePositions[] = {
+    {"LeftDouble", "STAPLEEX=LEFTDUAL"},         {"UpperLeftSingle", "STAPLEEX=TOPLEFT"},
+    {"TopDouble", "STAPLEEX=TOPDUAL"},           {"UpperRightSingle", "STAPLEEX=TOPRIGHT"},
+    {"RightDouble", "STAPLEEX=RIGHTDUAL"},       {"LowerRightSingle", "STAPLEEX=BOTTOMRIGHT"},
+    {"BottomDouble", "STAPLEEX=BOTTOMDUAL"},     {"LowerLeftSingle", "STAPLEEX=BOTTOMLEFT"},
+};
+
+const WordMap kPunchLocations[] = {
+    {"Left", "LEFT"}, {"Top", "TOP"}, {"Right", "RIGHT"}, {"Bottom", "BOTTOM"},
+};
+
+const WordMap kPunchHoles[] = {
+    {"2Holes", "TWO"}, {"3Holes", "THREE"}, {"4Holes", "FOUR"}, {"CoilPunch", "COIL"},
+};
+
+// The first row (in table order) whose word occurs in `setting`.
+template <size_t N>
+const char* FindContained(const WordMap (&map)[N], const char* setting) {
+  for (const WordMap& row : map) {
+    if (std::strstr(setting, row.word) != nullptr) return row.text;
+  }
+  return nullptr;
+}
+
+template <size_t N>
+const char* FindEqual(const WordMap (&map)[N], const char* setting) {
+  for (const WordMap& row : map) {
+    if (Equals(setting, row.word)) return row.text;
+  }
+  return nullptr;
+}
+
+const char* StaplePositionItem() {
+  if (IsEmpty(rec.staple)) return nullptr;
+  return FindContained(kStaplePositions, rec.staple);
+}
+
+void PutPunchPosition() {
+  const char* location = FindContained(kPunchLocations, rec.punch);
+  const char* holes = FindEqual(kPunchHoles, rec.punchHoles);
+  if (location == nullptr || holes == nullptr) return;
+  char line[kCommentLineSize];
+  FormatText(line, sizeof line, "@PJL COMMENT PRINTJOBINFO PUNCHEX=HOLES[%s]:LOCATION[%s]\n",
+             holes, location);
+  KZfputs(line, stdout);
+}
+
+}  // namespace
+
+void OutputZPJLCommandforCommentBasic() {
+  PutCopies();
+  PutDuplex();
+  PutColorMode();
+  PutNumberUp();
+  PutStaple();
+  PutPunch();
+  PutBooklet();
+}
+
+void OutputZPJLCommandforCommentAdvanced() {
+  PutCommentItem(OrientationItem());
+  PutCommentItem(NupOrderItem());
+  PutCommentItem(SaddleStitchItem());
+  PutCommentItem(StaplePositionItem());
+  PutPunchPosition();
+  PutCommentItem("MIXEDSIZETYPE=NONE");
+  PutCommentItem("CUD=OFF");
+}

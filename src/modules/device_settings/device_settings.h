@@ -1,0 +1,67 @@
+// Image-quality and device-settings lines of the job header (toner saving,
+// line weight, render mode), the printer's colour questions, and the table
+// that turns a PPD feature keyword and its chosen value into one PJL line.
+//
+// The header lines read the settings that the job-comments module filled
+// (psoptioncomment); this module has no ticket bindings of its own.
+#pragma once
+
+#include <cstdint>
+
+#include <cups/ppd.h>
+
+// Values of the PPD attribute "ColorDevice" and default choices of "KRColorMode".
+extern const char* const DeviceColorModeMono;      // "False"
+extern const char* const DeviceColorModeColor;     // "True"
+extern const char* const DefaultKZColorModeBlack;  // "Black"
+extern const char* const DefaultKZColorModeColor;  // "Color"
+
+// 1 when the PPD attribute "ColorDevice" is "True", else 0 (also without a PPD).
+int IsColorDeivce();
+
+// 1 when the PPD's default choice of "KRColorMode" is "Color", else 0.
+int getDefaultColorMode();
+
+// True when the job's PPD defines the option "KRColorMode" (false without a PPD).
+bool PPDHasColorModeOption();
+
+// How the job is rendered, from the ticket's colour mode: "Color" and "Black"
+// decide it; another value leaves it to the printer when the PPD offers the
+// option (else grey); no value follows the device and its default mode.
+enum class RenderColor { kColor, kGrayscale, kNone };
+RenderColor DecideRenderColor(const char* colorMode);
+
+// ECONOMODE and REDUCTIONRATE lines from the toner-saver settings.
+void OutputZPJLCommandForTonerSaver();
+
+// The line-weight line, then the render-mode line.
+void OutputZPJLCommandOthers();
+
+// One row of the device-settings command table: PPD option keyword (without
+// its asterisk), choice keyword, complete PJL line with its final "\n".
+struct DeviceSettingCommand {
+  const char* keyword;
+  const char* choice;
+  const char* command;
+};
+
+extern const DeviceSettingCommand FeaturePPDKeyNameandMarkedValuetoPJLCommand[];
+extern const int32_t FeaturePPDKeyNameandMarkedValuetoPJLCommandNum;  // 123
+
+// The PJL line of the first row whose keyword, with an asterisk put in front,
+// equals `keyword` and whose choice equals `choice` (both exactly), or nullptr.
+const char* GetThePJLCommandfromKeywordsandMarkedValue(const char* keyword, const char* choice);
+
+// A feature keyword and the line written when the PPD lacks that option.
+struct PPDKeyDefault {
+  const char* keyword;
+  const char* defaultCommand;
+};
+
+// The six features with default lines, ended by a row of nullptrs.
+extern const PPDKeyDefault PPDKeyArray[];
+
+// Walks `keys` (ended by a null keyword) in order and writes the default line
+// of every keyword for which `ppd` has no option of that name. Writes nothing
+// without a PPD.
+void OutputPJLCommandForPPDKeyArray(const PPDKeyDefault* keys, ppd_file_t* ppd);

@@ -1,0 +1,158 @@
+// Device-settings lines and the PRINTJOBINFO block in the header of whole
+// jobs through the built filter.
+#include <string>
+#include <vector>
+
+#include "filter_runner.h"
+
+namespace {
+
+const std::string kJobMode = "@PJL JOB MODE=PRINTER\r\n";
+const std::string kUtf8 = "@PJL SET STRINGCODESET=UTF8\n";
+const std::string kEnterPS = "@PJL ENTER LANGUAGE=POSTSCRIPT\n";
+
+std::string Info(const std::vector<std::string>& items) {
+  std::string text;
+  for (const std::string& item : items) text += "@PJL COMMENT PRINTJOBINFO " + item + "\n";
+  return text;
+}
+
+const std::vector<std::string> kBegin = {"BEGIN", "PDLTYPE=PDL[POSTSCRIPT]:VERSION[3]",
+                                         "JOBTYPE=PRINT"};
+
+std::vector<std::string> Block(const char* version, std::vector<std::string> lines) {
+  std::vector<std::string> items = {std::string("VERSION=") + version};
+  items.insert(items.end(), kBegin.begin(), kBegin.end());
+  items.insert(items.end(), lines.begin(), lines.end());
+  items.push_back("END");
+  return items;
+}
+
+struct HeaderCase {
+  const char* name;
+  const char* ppd;
+  const char* options;
+  std::string expected;  // the whole header, from the first byte to the language switch
+};
+
+class JobHeaderTest : public ::testing::TestWithParam<HeaderCase> {};
+
+TEST_P(JobHeaderTest, WholeHeader) {
+  const HeaderCase& c = GetParam();
+  FilterJob job;
+  job.ppd = Fixture(std::string("ppd/") + c.ppd);
+  job.options = c.options;
+  job.input = "%!PS\nshowpage\n";
+  FilterRun run = RunFilter(job);
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_TRUE(SameStream(c.expected, SplitStream(run.out).header));
+}
+
+const char kLegacyTicket[] =
+    "collate com.apple.print.PrintSettings.PMCopies..n.=2 sides=two-sided-long-edge "
+    "number-up=4 KRStaple=UpperLeftSingle KRPunch=Left KRNumPunchHoles=2Holes "
+    "KRTonerSaver=Mode2 KRLineWeightAdjustment=Strongly2";
+
+const char kFullTicket[] =
+    "nocollate com.apple.print.PrintSettings.PMCopies..n.=3 KRSignature=LeftSigCenterStaple "
+    "KRSigVol=10Sheets number-up=2 com.apple.print.PrintSettings.PMLayoutDirection..n.=5 "
+    "orientation-requested=4 KRStaple=None KRPunch=Top KRNumPunchHoles=3Holes KRColorMode=Color "
+    "KRTonerSaver=UserInput KRTonerReductionRate=Reduce_150 KRLineWeightAdjustment=Weakly1";
+
+const char kStapleTicket[] =
+    "sides=two-sided-long-edge DuplexBindingEdge..n.=0 KRStaple=LowerRightSingle "
+    "KRPunch=RightEdge KRNumPunchHoles=CoilPunch number-up=9 "
+    "com.apple.print.PrintSettings.PMLayoutDirection..n.=6 orientation-requested=5 "
+    "KRColorMode=Auto KRTonerSaver=True KRLineWeightAdjustment=Normal";
+
+// Perfect binding, device settings, special pages and the block in one job.
+const std::string kSP = " com.korvanel.qd.jtz.printsettings.ZPIF";
+const std::string kAllModulesTicket =
+    "KRPBindPosition=BindLeft KRPBindTrimming=None KRPBindPageSize=A4" + kSP +
+    "CoverCountTicket=1" + kSP + "CommandTicket_0=0,0,0,5" + kSP +
+    "CoverValueTicket_0=0,0,print-front KRTonerSaver=Mode1 KRLineWeightAdjustment=Weakly3 "
+    "number-up=2 collate";
+
+INSTANTIATE_TEST_SUITE_P(
+    Jobs, JobHeaderTest,
+    ::testing::Values(
+        // Legacy encoding: the basic block whatever CommentOn says.
+        HeaderCase{"LegacyBasicBlock", "jobinfo-legacy-mono.ppd", kLegacyTicket,
+                   kUEL + kJobMode +
+                       "@PJL SET ECONOMODE=MODE2\n"
+                       "@PJL SET REDUCTIONRATE=0\n"
+                       "@PJL SET JOBATTR=\"@LWAD=-2\"\n"
+                       "@PJL SET RENDERMODE=GRAYSCALE\n" +
+                       Info(Block("1.3.0", {"JOBCOPIES=2", "PAGECOPIES=1", "DUPLEXTYPE=DUPLEX",
+                                            "COLORMODE=GRAYSCALE", "NUP=4", "STAPLE=ON",
+                                            "PUNCH=ON"})) +
+                       kEnterPS},
+        // UTF-8 with CommentOn: the full block with the advanced lines.
+        HeaderCase{"Utf8FullBlock", "jobinfo-utf8-color.ppd", kFullTicket,
+                   kUEL + kUtf8 + kJobMode +
+                       "@PJL SET ECONOMODE=ON\n"
+                       "@PJL SET REDUCTIONRATE=99\n"
+                       "@PJL SET JOBATTR=\"@LWAD=1\"\n"
+                       "@PJL SET RENDERMODE=COLOR\n" +
+                       Info(Block("1.5.0",
+                                  {"PAGECOPIES=3", "JOBCOPIES=1", "DUPLEXTYPE=TUMBLE",
+                                   "COLORMODE=COLOR", "NUP=2", "STAPLE=OFF", "PUNCH=ON",
+                                   "BOOKLETTYPE=TYPE[MANUALDIVIDE]:THRESHOLD[10]",
+                                   "ORIENTATION=LANDSCAPE", "NUPEX=RIGHTTODOWN",
+                                   "SADDLESTAPLE=ON", "PUNCHEX=HOLES[THREE]:LOCATION[TOP]",
+                                   "MIXEDSIZETYPE=NONE", "CUD=OFF"})) +
+                       kEnterPS},
+        // A binding edge of 0 turns two-sided into one-sided; "Auto" leaves the
+        // colour to a printer whose PPD offers it.
+        HeaderCase{"Utf8StapleAndPunch", "jobinfo-utf8-color.ppd", kStapleTicket,
+                   kUEL + kUtf8 + kJobMode +
+                       "@PJL SET REDUCTIONRATE=0\n"
+                       "@PJL SET JOBATTR=\"@LWAD=0\"\n" +
+                       Info(Block("1.5.0",
+                                  {"DUPLEXTYPE=SIMPLEX", "NUP=9", "STAPLE=ON", "PUNCH=ON",
+                                   "ORIENTATION=LANDSCAPE", "NUPEX=DOWNTHENLEFT",
+                                   "STAPLEEX=BOTTOMRIGHT", "PUNCHEX=HOLES[COIL]:LOCATION[RIGHT]",
+                                   "MIXEDSIZETYPE=NONE", "CUD=OFF"})) +
+                       kEnterPS},
+        // No encoding attribute, a listed model: the basic block even with CommentOn.
+        HeaderCase{"ListedModelBasicBlock", "jobinfo-listed-model.ppd", "",
+                   kUEL + kJobMode + "@PJL SET RENDERMODE=COLOR\n" +
+                       Info(Block("1.3.0", {"DUPLEXTYPE=SIMPLEX", "COLORMODE=COLOR", "NUP=1"})) +
+                       kEnterPS},
+        HeaderCase{"UnlistedModelFullBlock", "jobinfo-unlisted-model.ppd", "",
+                   kUEL + kJobMode + "@PJL SET RENDERMODE=COLOR\n" +
+                       Info(Block("1.5.0", {"DUPLEXTYPE=SIMPLEX", "COLORMODE=COLOR", "NUP=1",
+                                            "ORIENTATION=PORTRAIT", "MIXEDSIZETYPE=NONE",
+                                            "CUD=OFF"})) +
+                       kEnterPS},
+        HeaderCase{"AllModulesInOrder", "jobinfo-utf8-color.ppd", kAllModulesTicket.c_str(),
+                   kUEL + kUtf8 + kJobMode +
+                       "@PJL SET JOBATTR=\"@PBRE=LEFT\"\n"
+                       "@PJL SET JOBATTR=\"@MSDA=ROTSEFLAND\"\n"
+                       "@PJL SET JOBATTR=\"@PBTC=OFF\"\n"
+                       "@PJL SET JOBATTR=\"@PBBP=A4\"\n"
+                       "@PJL SET JOBATTR=\"@PBTP=A4\"\n"
+                       "@PJL SET JOBATTR=\"@PBCI=OFF\"\n"
+                       "@PJL SET ECONOMODE=MODE1\n"
+                       "@PJL SET REDUCTIONRATE=0\n"
+                       "@PJL SET JOBATTR=\"@LWAD=3\"\n"
+                       "@PJL SET RENDERMODE=COLOR\n"
+                       "@PJL SET JOBATTR=\"@EFCV=PRINTFRONT\"\n"
+                       "@PJL SET JOBATTR=\"@EMCT=TRAYT1\"\n"
+                       "@PJL SET JOBATTR=\"@EBCV=NONE\"\n" +
+                       // No copies key in the ticket: the copies read as -1.
+                       Info(Block("1.5.0", {"JOBCOPIES=-1", "PAGECOPIES=1", "DUPLEXTYPE=SIMPLEX",
+                                            "COLORMODE=COLOR", "NUP=2", "ORIENTATION=LANDSCAPE",
+                                            "NUPEX=RIGHTTODOWN", "MIXEDSIZETYPE=NONE",
+                                            "CUD=OFF"})) +
+                       kEnterPS},
+        // No block: CommentOn off, or no encoding and no PCFileName.
+        HeaderCase{"Utf8CommentOffNoBlock", "jobinfo-utf8-color-black-default.ppd",
+                   "KRStaple=LeftDouble",
+                   kUEL + kUtf8 + kJobMode + "@PJL SET RENDERMODE=GRAYSCALE\n" + kEnterPS},
+        HeaderCase{"NoEncodingNoPCFileNameNoBlock", "jobinfo-no-encoding-no-pcfilename.ppd",
+                   "KRColorMode=Auto KRTonerSaver=UserInput KRTonerReductionRate=Reduce_",
+                   kUEL + kJobMode + "@PJL SET RENDERMODE=GRAYSCALE\n" + kEnterPS}),
+    [](const ::testing::TestParamInfo<HeaderCase>& info) { return info.param.name; });
+
+}  // namespace
