@@ -47,7 +47,13 @@ void LineCandidates::Add(const char* line, size_t length) {
   }
 }
 
+void LineCandidates::AddLengthsFrom(size_t length) {
+  for (size_t bit = length < 63 ? length : 63; bit < 64; ++bit) lengths_ |= uint64_t{1} << bit;
+}
+
 bool LineSink::Plain(const char*, size_t) { return false; }
+
+void LineSink::Block(const char*, size_t) {}
 
 void LineSink::Span(const char* bytes, size_t length) {
   const char* end = bytes + length;
@@ -95,11 +101,6 @@ __attribute__((target("avx2"))) uint64_t WindowLineEndsAvx2(const char* bytes) {
   uint32_t highHits = static_cast<uint32_t>(_mm256_movemask_epi8(
       _mm256_or_si256(_mm256_cmpeq_epi8(high, lf), _mm256_cmpeq_epi8(high, cr))));
   return static_cast<uint64_t>(highHits) << 32 | lowHits;
-}
-
-bool HasAvx2() {
-  static const bool avx2 = __builtin_cpu_supports("avx2");
-  return avx2;
 }
 #endif
 
@@ -150,6 +151,7 @@ inline bool LineScanner::EndLines(const char* window, uint64_t ends, BlockScan& 
 template <uint64_t (*Ends)(const char*)>
 inline bool LineScanner::FeedWith(const char* bytes, size_t length) {
   const char* end = bytes + length;
+  sink_.Block(bytes, length);
   // Plain lines from span to line are not handed out yet.
   BlockScan scan{bytes, bytes, length_ > 0};
   const char* window = bytes;

@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "frame/byte_search.h"
 #include "frame/ps_stream.h"
 
 // The line ends (CR or LF) among the first min(length, 64) bytes, as bits:
@@ -19,12 +20,8 @@
 // a time, with vector compares where the processor has them.
 constexpr size_t kLineEndWindow = 64;
 uint64_t WindowLineEnds(const char* bytes);  // 64 bytes, baseline vector unit
-#if (defined(__x86_64__) || defined(__i386__)) && (defined(__GNUC__) || defined(__clang__))
-#define ZPJL_SCAN_AVX2 1
+#if ZPJL_SCAN_AVX2
 uint64_t WindowLineEndsAvx2(const char* bytes);  // 64 bytes; only where HasAvx2()
-bool HasAvx2();
-#else
-#define ZPJL_SCAN_AVX2 0
 #endif
 uint64_t LineEndMask(const char* bytes, size_t length);
 
@@ -37,6 +34,8 @@ class LineCandidates {
   static LineCandidates None();
   // Admits lines of this one's length and first byte.
   void Add(const char* line, size_t length);
+  // Admits the lengths from `length` on (first bytes come from Add).
+  void AddLengthsFrom(size_t length);
   bool Admit(const char* line, size_t length) const {
     size_t bit = length < 63 ? length : 63;
     return ((lengths_ >> bit) & 1) != 0 && firsts_[static_cast<unsigned char>(line[0])];
@@ -60,6 +59,10 @@ class LineSink {
   // Consecutive plain lines, each with its terminator, as they were input.
   // By default handed to Line() one by one.
   virtual void Span(const char* bytes, size_t length);
+  // Each block of input before its lines: Plain() is asked only about lines
+  // that lie wholly in the last block shown here, and candidates() is read
+  // after this call.
+  virtual void Block(const char* bytes, size_t length);
   // Lines outside these are plain without asking Plain().
   const LineCandidates& candidates() const { return candidates_; }
 

@@ -178,6 +178,36 @@ TEST(LineScanner, RandomInputsInSpansMatchByteWiseReader) {
   }
 }
 
+// Checks that Plain() is asked only about lines inside the block last shown.
+class BlockCheckingSink : public BatchingSink {
+ public:
+  void Block(const char* bytes, size_t length) override {
+    begin_ = bytes;
+    end_ = bytes + length;
+    ++blocks;
+  }
+  bool Plain(const char* line, size_t length) override {
+    EXPECT_TRUE(line >= begin_ && line + length < end_) << "a line outside the block";
+    return BatchingSink::Plain(line, length);
+  }
+  int blocks = 0;
+
+ private:
+  const char* begin_ = nullptr;
+  const char* end_ = nullptr;
+};
+
+TEST(LineScanner, ShowsEachBlockBeforeAskingAboutItsLines) {
+  std::mt19937 random(20261127);
+  std::string input;
+  while (input.size() < 40000) input += std::string(random() % 100, 'a') + (random() % 3 ? "\n" : "\r");
+  std::vector<size_t> blocks;
+  for (size_t i = 0; i < 64; ++i) blocks.push_back(1 + random() % 3000);
+  BlockCheckingSink sink;
+  EXPECT_EQ(Expanded(Scanned<BlockCheckingSink>(input, blocks, &sink)), ByteWise(input));
+  EXPECT_GE(sink.blocks, 14);
+}
+
 TEST(LineScanner, RunsOfPlainLinesInABlockComeAsOneSpan) {
   BatchingSink sink;
   std::string input = "a\nb\r\nc\nep\nx\ny\n";
