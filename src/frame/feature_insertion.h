@@ -7,6 +7,7 @@
 // switch and the spooled PostScript follow (pass 2).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 // Both passes. Input: the file argv[6] when argc is 7, else stdin.
