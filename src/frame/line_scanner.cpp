@@ -123,45 +123,49 @@ void LineScanner::FlushSpan(const char* from, const char* to) {
   if (to > from) sink_.Span(from, static_cast<size_t>(to - from));
 }
 
-inline bool LineScanner::EndLines(const char* window, uint64_t ends, BlockScan& scan) {
-  const LineCandidates& candidates = sink_.candidates();
-  for (; ends != 0; ends &= ends - 1) {
-    const char* eol = window + __builtin_ctzll(ends);
-    size_t segment = static_cast<size_t>(eol - scan.line);
-    if (segment < kPSLineChunk && !scan.carried) {
-      // The whole line lies in this block: no copy needed.
-      if (candidates.Admit(scan.line, segment) && !sink_.Plain(scan.line, segment)) {
-        FlushSpan(scan.span, scan.line);
-        if (!sink_.Line(scan.line, segment, *eol)) return false;
-        scan.span = eol + 1;
-      }
-    } else {
-      FlushSpan(scan.span, scan.line);
-      Append(scan.line, segment);
-      if (!sink_.Line(line_, length_, *eol)) return false;
-      length_ = 0;
-      scan.carried = false;
-      scan.span = eol + 1;
-    }
-    scan.line = eol + 1;
+// Kept out of line: the loop that skips plain lines then keeps its state in registers.
+__attribute__((noinline)) const char* LineScanner::NotPlainLine(const char* line,
+                                                                const char* eol,
+                                                                const char* span, bool carried) {
+  size_t segment = static_cast<size_t>(eol - line);
+  if (segment < kPSLineChunk && !carried) {
+    // The whole line lies in this block: no copy needed.
+    if (sink_.Plain(line, segment)) return span;
+    FlushSpan(span, line);
+    return sink_.Line(line, segment, *eol) ? eol + 1 : nullptr;
   }
-  return true;
+  FlushSpan(span, line);
+  Append(line, segment);
+  bool going = sink_.Line(line_, length_, *eol);
+  length_ = 0;
+  return going ? eol + 1 : nullptr;
 }
 
 template <uint64_t (*Ends)(const char*)>
 inline bool LineScanner::FeedWith(const char* bytes, size_t length) {
   const char* end = bytes + length;
   sink_.Block(bytes, length);
-  // Plain lines from span to line are not handed out yet.
-  BlockScan scan{bytes, bytes, length_ > 0};
-  const char* window = bytes;
-  for (; static_cast<size_t>(end - window) >= kLineEndWindow; window += kLineEndWindow) {
-    if (!EndLines(window, Ends(window), scan)) return false;
+  // A copy the calls below cannot change, so the loop keeps it in registers.
+  const LineCandidates candidates = sink_.candidates();
+  const char* line = bytes;  // start of the line being scanned
+  const char* span = bytes;  // plain lines from here to `line` are not handed out yet
+  bool carried = length_ > 0;  // the line continues text of earlier blocks
+  for (const char* window = bytes; window < end; window += kLineEndWindow) {
+    size_t size = static_cast<size_t>(end - window);
+    uint64_t ends = size >= kLineEndWindow ? Ends(window) : LineEndMask(window, size);
+    for (; ends != 0; ends &= ends - 1) {
+      const char* eol = window + __builtin_ctzll(ends);
+      size_t segment = static_cast<size_t>(eol - line);
+      if (__builtin_expect(segment >= kPSLineChunk || carried || candidates.Admit(line, segment), 0)) {
+        span = NotPlainLine(line, eol, span, carried);
+        if (span == nullptr) return false;
+        carried = false;
+      }
+      line = eol + 1;
+    }
   }
-  size_t rest = static_cast<size_t>(end - window);
-  if (rest > 0 && !EndLines(window, LineEndMask(window, rest), scan)) return false;
-  FlushSpan(scan.span, scan.line);
-  Append(scan.line, static_cast<size_t>(end - scan.line));
+  FlushSpan(span, line);
+  Append(line, static_cast<size_t>(end - line));
   return true;
 }
 

@@ -88,12 +88,10 @@ class LineScanner {
   size_t pendingLength() const { return length_; }
 
  private:
-  struct BlockScan {
-    const char* line;  // start of the line being scanned
-    const char* span;  // start of the plain lines not handed out yet
-    bool carried;      // the line continues text of earlier blocks
-  };
-  bool EndLines(const char* window, uint64_t ends, BlockScan& scan);
+  // A line ending at `eol` that may be more than plain, or that is long or
+  // carried over from earlier blocks. Returns where the plain lines not yet
+  // handed out now start, or nullptr when the sink stopped the scan.
+  const char* NotPlainLine(const char* line, const char* eol, const char* span, bool carried);
   template <uint64_t (*Ends)(const char*)>
   bool FeedWith(const char* bytes, size_t length);
 #if ZPJL_SCAN_AVX2
