@@ -1,12 +1,16 @@
 #include "engine/module_dispatch.h"
 
 #include "engine/job_header.h"
+#include "modules/accounting/accounting.h"
 #include "modules/job_comments/job_comments.h"
 #include "modules/perfect_binding/perfect_binding.h"
+#include "modules/print_type/print_type.h"
 #include "modules/special_pages/special_pages.h"
 
 void InializeDescriptionTableFromFilter() {
-  // Print type, accounting and finishing features come first.
+  PrintTypeInializeDescriptionTableFromFilter();
+  JBAInializeDescriptionTableFromFilter();
+  // Finishing features come here.
   SpecialPageInializeDescriptionTable();
 }
 
@@ -16,7 +20,9 @@ void InializeDescriptionTable() {
 }
 
 int GetTicketFromPDE(char* argv[]) {
-  // Print type, accounting, finishing features and watermark come first.
+  PrintTypeGetTicketFromPDE(argv);
+  JBAGetTicketFromPDE(argv);
+  // Finishing features and watermark come here.
   PBindGetTicketFromPDE(argv);
   CommentGetTicketFromPDE(argv);
   SpecialPageGetTicketFromPDE(argv);
@@ -24,7 +30,8 @@ int GetTicketFromPDE(char* argv[]) {
 }
 
 void OutputZPJLCommandFromFilter(char* argv[]) {
-  (void)argv;
+  PrintTypeOutputZPJLCommandFromFilter(argv);
+  JBAOutputZPJLCommandFromFilter(argv);
 }
 
 void OutputPSCommandFromFilter(int32_t point, int32_t page, FILE* stream) {

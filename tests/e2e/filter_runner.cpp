@@ -183,6 +183,12 @@ std::string ReadFile(const std::string& path) {
   return content.str();
 }
 
+std::string ClientHostName(bool utf8Printer) {
+  char name[256] = {};
+  if (gethostname(name, sizeof name - 1) != 0 || name[0] == '\0') return "UnknownHost";
+  return std::string(name).substr(0, utf8Printer ? 32 : 96);
+}
+
 std::string Visible(const std::string& bytes) {
   std::string visible;
   for (unsigned char c : bytes) {

@@ -73,6 +73,11 @@ FilterRun RunFilter(const FilterJob& job);
 std::string Fixture(const std::string& relative);
 std::string ReadFile(const std::string& path);
 
+// The host name a job from this computer carries in its "@CNAM" line: the
+// local name, cut to 32 characters for a UTF-8 printer and to 96 bytes
+// otherwise, or "UnknownHost" when the computer has none.
+std::string ClientHostName(bool utf8Printer);
+
 // The bytes with control bytes visible: ESC as <ESC>, CR as \r, LF as \n
 // followed by a real line break, other control bytes as <XX>.
 std::string Visible(const std::string& bytes);

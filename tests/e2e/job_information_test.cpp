@@ -17,6 +17,14 @@ std::string Info(const std::vector<std::string>& items) {
   return text;
 }
 
+// The accounting lines of a job without accounting keys: host, login user,
+// N-up, owner (the login user, as no user ID came) and document name.
+std::string Accounting(bool utf8, const std::string& nup) {
+  return "@PJL SET JOBATTR=\"@CNAM=" + ClientHostName(utf8) + "\"\n" +
+         "@PJL SET JOBATTR=\"@LUNA=alice\"\n@PJL SET JOBATTR=\"@NLPP=" + nup + "\"\n" +
+         "@PJL SET JOBATTR=\"@JOAU=alice\"\r\n@PJL SET JOBATTR=\"@ACNA=report\"\r\n";
+}
+
 const std::vector<std::string> kBegin = {"BEGIN", "PDLTYPE=PDL[POSTSCRIPT]:VERSION[3]",
                                          "JOBTYPE=PRINT"};
 
@@ -78,7 +86,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         // Legacy encoding: the basic block whatever CommentOn says.
         HeaderCase{"LegacyBasicBlock", "jobinfo-legacy-mono.ppd", kLegacyTicket,
-                   kUEL + kJobMode +
+                   kUEL + kJobMode + Accounting(false, "N4") +
                        "@PJL SET ECONOMODE=MODE2\n"
                        "@PJL SET REDUCTIONRATE=0\n"
                        "@PJL SET JOBATTR=\"@LWAD=-2\"\n"
@@ -89,7 +97,7 @@ INSTANTIATE_TEST_SUITE_P(
                        kEnterPS},
         // UTF-8 with CommentOn: the full block with the advanced lines.
         HeaderCase{"Utf8FullBlock", "jobinfo-utf8-color.ppd", kFullTicket,
-                   kUEL + kUtf8 + kJobMode +
+                   kUEL + kUtf8 + kJobMode + Accounting(true, "N2") +
                        "@PJL SET ECONOMODE=ON\n"
                        "@PJL SET REDUCTIONRATE=99\n"
                        "@PJL SET JOBATTR=\"@LWAD=1\"\n"
@@ -105,7 +113,7 @@ INSTANTIATE_TEST_SUITE_P(
         // A binding edge of 0 turns two-sided into one-sided; "Auto" leaves the
         // colour to a printer whose PPD offers it.
         HeaderCase{"Utf8StapleAndPunch", "jobinfo-utf8-color.ppd", kStapleTicket,
-                   kUEL + kUtf8 + kJobMode +
+                   kUEL + kUtf8 + kJobMode + Accounting(true, "N9") +
                        "@PJL SET REDUCTIONRATE=0\n"
                        "@PJL SET JOBATTR=\"@LWAD=0\"\n" +
                        Info(Block("1.5.0",
@@ -116,17 +124,17 @@ INSTANTIATE_TEST_SUITE_P(
                        kEnterPS},
         // No encoding attribute, a listed model: the basic block even with CommentOn.
         HeaderCase{"ListedModelBasicBlock", "jobinfo-listed-model.ppd", "",
-                   kUEL + kJobMode + "@PJL SET RENDERMODE=COLOR\n" +
+                   kUEL + kJobMode + Accounting(false, "1") + "@PJL SET RENDERMODE=COLOR\n" +
                        Info(Block("1.3.0", {"DUPLEXTYPE=SIMPLEX", "COLORMODE=COLOR", "NUP=1"})) +
                        kEnterPS},
         HeaderCase{"UnlistedModelFullBlock", "jobinfo-unlisted-model.ppd", "",
-                   kUEL + kJobMode + "@PJL SET RENDERMODE=COLOR\n" +
+                   kUEL + kJobMode + Accounting(false, "1") + "@PJL SET RENDERMODE=COLOR\n" +
                        Info(Block("1.5.0", {"DUPLEXTYPE=SIMPLEX", "COLORMODE=COLOR", "NUP=1",
                                             "ORIENTATION=PORTRAIT", "MIXEDSIZETYPE=NONE",
                                             "CUD=OFF"})) +
                        kEnterPS},
         HeaderCase{"AllModulesInOrder", "jobinfo-utf8-color.ppd", kAllModulesTicket.c_str(),
-                   kUEL + kUtf8 + kJobMode +
+                   kUEL + kUtf8 + kJobMode + Accounting(true, "N2") +
                        "@PJL SET JOBATTR=\"@PBRE=LEFT\"\n"
                        "@PJL SET JOBATTR=\"@MSDA=ROTSEFLAND\"\n"
                        "@PJL SET JOBATTR=\"@PBTC=OFF\"\n"
@@ -149,10 +157,12 @@ INSTANTIATE_TEST_SUITE_P(
         // No block: CommentOn off, or no encoding and no PCFileName.
         HeaderCase{"Utf8CommentOffNoBlock", "jobinfo-utf8-color-black-default.ppd",
                    "KRStaple=LeftDouble",
-                   kUEL + kUtf8 + kJobMode + "@PJL SET RENDERMODE=GRAYSCALE\n" + kEnterPS},
+                   kUEL + kUtf8 + kJobMode + Accounting(true, "1") +
+                       "@PJL SET RENDERMODE=GRAYSCALE\n" + kEnterPS},
         HeaderCase{"NoEncodingNoPCFileNameNoBlock", "jobinfo-no-encoding-no-pcfilename.ppd",
                    "KRColorMode=Auto KRTonerSaver=UserInput KRTonerReductionRate=Reduce_",
-                   kUEL + kJobMode + "@PJL SET RENDERMODE=GRAYSCALE\n" + kEnterPS}),
+                   kUEL + kJobMode + Accounting(false, "1") +
+                       "@PJL SET RENDERMODE=GRAYSCALE\n" + kEnterPS}),
     [](const ::testing::TestParamInfo<HeaderCase>& info) { return info.param.name; });
 
 }  // namespace

@@ -1,0 +1,256 @@
+#include "modules/print_type/print_type.h"
+
+#include <cstddef>
+
+#include "engine/condition.h"
+#include "engine/job_header.h"
+#include "frame/job_state.h"
+#include "frame/ppd_queries.h"
+#include "platform/job_ppd.h"
+#include "secure/password_field.h"
+
+PrintTypeOption zpjlOptionPrintType;
+
+namespace {
+
+constexpr PrintTypeOption& pt = zpjlOptionPrintType;
+
+// ---- Ticket bindings ------------------------------------------------------
+
+const char kPrintTypeTicketKey[] = "com.korvanel.qd.jtz.printsettings.PrintTypeTicketKey";
+const char kPrintTypeUserNameTicketKey[] =
+    "com.korvanel.qd.jtz.printsettings.PrintTypeUserNameTicketKey";
+const char kPrintTypePasswordTicketKey[] =
+    "com.korvanel.qd.jtz.printsettings.PrintTypePasswordTicketKey";
+const char kDocumentNameTypeTicketKey[] =
+    "com.korvanel.qd.jtz.printsettings.DocumentNameTypeTicketKey";
+const char kDocumentNameTicketKey[] = "com.korvanel.qd.jtz.printsettings.DocumentNameTicketKey";
+const char kDelayPrintTicketKey[] = "com.korvanel.qd.jtz.printsettings.DelayPrintTicketKey";
+const char kPrintTypeMBNTicketKey[] = "com.korvanel.qd.jtz.printsettings.PrintTypeMBNTicketKey";
+const char kPrintTypeMBNPasswordTicketKey[] =
+    "com.korvanel.qd.jtz.printsettings.PrintTypeMBNPasswordTicketKey";
+
+}  // namespace
+
+const TicketBinding PrintTypeticketData[PrintTypeTicketDataNum] = {
+    {kPrintTypeTicketKey, &pt.printType, sizeof pt.printType, GetTicketInteger},
+    {kPrintTypeUserNameTicketKey, pt.userName, sizeof pt.userName,
+     GetTicketStringConvertedToPrtLang},
+    {kPrintTypePasswordTicketKey, pt.password, sizeof pt.password,
+     GetTicketPasswordStringConvertedToEncryption},
+    {kDocumentNameTypeTicketKey, &pt.documentNameType, sizeof pt.documentNameType,
+     GetTicketInteger},
+    {kDocumentNameTicketKey, pt.documentName, sizeof pt.documentName,
+     GetTicketStringConvertedToPrtLang},
+    {kDelayPrintTicketKey, pt.delayTime, sizeof pt.delayTime, GetTicketStringConvertedToPrtLang},
+    {kPrintTypeMBNTicketKey, pt.mailboxNumber, sizeof pt.mailboxNumber,
+     GetTicketStringConvertedToPrtLang},
+    {kPrintTypeMBNPasswordTicketKey, pt.mailboxPassword, sizeof pt.mailboxPassword,
+     GetTicketPasswordStringConvertedToEncryption},
+};
+
+const TicketBinding PrintTypeticketDataForUTF8[PrintTypeTicketDataNum] = {
+    {kPrintTypeTicketKey, &pt.printType, sizeof pt.printType, GetTicketInteger},
+    {kPrintTypeUserNameTicketKey, pt.userName, sizeof pt.userName,
+     GetTicketStringConvertedToPrtLangForUTF8},
+    {kPrintTypePasswordTicketKey, pt.password, sizeof pt.password,
+     GetTicketPasswordStringConvertedToEncryption},
+    {kDocumentNameTypeTicketKey, &pt.documentNameType, sizeof pt.documentNameType,
+     GetTicketInteger},
+    {kDocumentNameTicketKey, pt.documentName, sizeof pt.documentName,
+     GetTicketStringConvertedToPrtLangForUTF8},
+    {kDelayPrintTicketKey, pt.delayTime, sizeof pt.delayTime, GetTicketStringConvertedToPrtLang},
+    {kPrintTypeMBNTicketKey, pt.mailboxNumber, sizeof pt.mailboxNumber,
+     GetTicketStringConvertedToPrtLang},
+    {kPrintTypeMBNPasswordTicketKey, pt.mailboxPassword, sizeof pt.mailboxPassword,
+     GetTicketPasswordStringConvertedToEncryption},
+};
+
+namespace {
+
+// ---- Format strings -------------------------------------------------------
+// Hold lines end in LF alone; value lines end in CR LF. The mailbox number
+// goes unquoted, every other value in quotes.
+
+const char prtfmtStrHoldStore[] = "@PJL SET HOLD=STORE\n";
+const char prtfmtStrHoldTypePrivate[] = "@PJL SET HOLDTYPE=PRIVATE\n";
+const char prtfmtStrHoldProof[] = "@PJL SET HOLD=PROOF\n";
+const char prtfmtStrHoldBoxStore[] = "@PJL SET HOLD=BOXSTORE\n";
+const char prtfmtStrBoxNumber[] = "@PJL SET BOXNUMBER=%s%c%c";
+const char prtfmtStrBoxEncryptKey[] = "@PJL SET BOXENCRYPTKEY=%c%s%c%c%c";
+const char prtfmtStrUserName[] = "@PJL SET USERNAME=%c%s%c%c%c";
+const char prtfmtStrHoldEncryptKey[] = "@PJL SET HOLDENCRYPTKEY=%c%s%c%c%c";
+const char prtfmtStrJobName[] = "@PJL SET JOBNAME=%c%s%c\r\n";
+const char prtfmtStrDelayTime[] = "@PJL SET JOBATTR=%c@PRTM=%s%c\r\n";
+
+// ---- Parameter lists ------------------------------------------------------
+
+const ParamPointer cmdParaListBoxNumber[] = {pt.mailboxNumber, &CTRLSym_CR, &CTRLSym_LF};
+const int32_t cmdParaNumBoxNumber = 3;
+const ParamPointer cmdParaListBoxEncryptKey[] = {&CTRLSym_DOUBLE, pt.mailboxPassword,
+                                                 &CTRLSym_DOUBLE, &CTRLSym_CR, &CTRLSym_LF};
+const int32_t cmdParaNumBoxEncryptKey = 5;
+const ParamPointer cmdParaListUserName[] = {&CTRLSym_DOUBLE, pt.userName, &CTRLSym_DOUBLE,
+                                            &CTRLSym_CR, &CTRLSym_LF};
+const int32_t cmdParaNumUserName = 5;
+const ParamPointer cmdParaListHoldEncryptKey[] = {&CTRLSym_DOUBLE, pt.password, &CTRLSym_DOUBLE,
+                                                  &CTRLSym_CR, &CTRLSym_LF};
+const int32_t cmdParaNumHoldEncryptKey = 5;
+const ParamPointer cmdParaListAutoJobName[] = {&CTRLSym_DOUBLE, PTStdDocumentName, &CTRLSym_DOUBLE};
+const int32_t cmdParaNumAutoJobName = 3;
+const ParamPointer cmdParaListEnteredJobName[] = {&CTRLSym_DOUBLE, pt.documentName,
+                                                  &CTRLSym_DOUBLE};
+const int32_t cmdParaNumEnteredJobName = 3;
+const ParamPointer cmdParaListDelayTime[] = {&CTRLSym_DOUBLE, pt.delayTime, &CTRLSym_DOUBLE};
+const int32_t cmdParaNumDelayTime = 3;
+
+ParamTable symParaBoxNumber;
+ParamTable symParaBoxEncryptKey;
+ParamTable symParaUserName;
+ParamTable symParaHoldEncryptKey;
+ParamTable symParaAutoJobName;
+ParamTable symParaEnteredJobName;
+ParamTable symParaDelayTime;
+
+// ---- Condition items ------------------------------------------------------
+
+// The empty text that the set/empty tests are given as reference (not read).
+const char* const OptionNULLStr = "";
+
+constexpr ConditionItem Is(const int32_t& field, const int32_t& constant) {
+  return {&field, &constant, IntCampareFunc};
+}
+constexpr ConditionItem Not(const int32_t& field, const int32_t& constant) {
+  return {&field, &constant, IntNoEqualCampareFunc};
+}
+constexpr ConditionItem Set(const char* text) {
+  return {text, &OptionNULLStr, StrNoNULLCampareFunc};
+}
+constexpr ConditionItem ShorterThan(const char* text, const int32_t& limit) {
+  return {text, &limit, StrLengthLessThanCampareFunc};
+}
+
+const ConditionItem comparationItemHoldStore[] = {
+    Is(pt.printType, OptionSecurePrint), Set(pt.userName),
+    ShorterThan(pt.userName, PRINTTYPEUSERNAMEDMAXLEN)};
+// The password test stands twice; kept as the printers' tables have it.
+const ConditionItem comparationItemHoldTypePrivate[] = {
+    Is(pt.printType, OptionSecurePrint), Set(pt.userName), Set(pt.password), Set(pt.password)};
+const ConditionItem comparationItemHoldProof[] = {Is(pt.printType, OptionSamplePrint),
+                                                  Set(pt.userName)};
+const ConditionItem comparationItemMailbox[] = {Is(pt.printType, OptionMBN)};
+const ConditionItem comparationItemMailboxPassword[] = {Is(pt.printType, OptionMBN),
+                                                        Set(pt.mailboxPassword)};
+// Every print type but normal, delayed and mailbox printing, including a
+// print type the ticket did not set.
+const ConditionItem comparationItemUserName[] = {Not(pt.printType, OptionSecurePrintNone),
+                                                 Not(pt.printType, OptionDelayPrint),
+                                                 Not(pt.printType, OptionMBN), Set(pt.userName)};
+const ConditionItem comparationItemHoldEncryptKey[] = {Is(pt.printType, OptionSecurePrint),
+                                                       Set(pt.userName), Set(pt.password)};
+const ConditionItem comparationItemAutoJobName[] = {
+    Not(pt.printType, OptionSecurePrintNone),
+    Is(pt.documentNameType, OptionDocumentNameAutoRetrieve), Set(PTStdDocumentName)};
+const ConditionItem comparationItemEnteredJobName[] = {
+    Not(pt.printType, OptionSecurePrintNone), Is(pt.documentNameType, OptionDocumentNameEnterName),
+    Set(pt.documentName)};
+const ConditionItem comparationItemDelayTime[] = {Is(pt.printType, OptionDelayPrint),
+                                                  Set(pt.delayTime)};
+
+template <size_t N>
+void Bind(ConditionTable* table, const ConditionItem (&items)[N]) {
+  InitializeComparationTable(table, static_cast<int32_t>(N), items);
+}
+
+ConditionTable comparationHoldStore;
+ConditionTable comparationHoldTypePrivate;
+ConditionTable comparationHoldProof;
+ConditionTable comparationMailbox;
+ConditionTable comparationMailboxPassword;
+ConditionTable comparationUserName;
+ConditionTable comparationHoldEncryptKey;
+ConditionTable comparationAutoJobName;
+ConditionTable comparationEnteredJobName;
+ConditionTable comparationDelayTime;
+
+}  // namespace
+
+// ---- Format tables --------------------------------------------------------
+
+const FormatEntry PrintTypeFmtTable[PrintTypeFmtTableNum] = {
+    /*  0 */ {prtfmtStrHoldStore, nullptr, &comparationHoldStore},
+    /*  1 */ {prtfmtStrHoldTypePrivate, nullptr, &comparationHoldTypePrivate},
+    /*  2 */ {prtfmtStrHoldProof, nullptr, &comparationHoldProof},
+    /*  3 */ {prtfmtStrHoldBoxStore, nullptr, &comparationMailbox},
+    /*  4 */ {prtfmtStrHoldTypePrivate, nullptr, &comparationMailboxPassword},
+    /*  5 */ {prtfmtStrBoxNumber, &symParaBoxNumber, &comparationMailbox},
+    /*  6 */ {prtfmtStrBoxEncryptKey, &symParaBoxEncryptKey, &comparationMailboxPassword},
+    /*  7 */ {prtfmtStrUserName, &symParaUserName, &comparationUserName},
+    /*  8 */ {prtfmtStrHoldEncryptKey, &symParaHoldEncryptKey, &comparationHoldEncryptKey},
+    /*  9 */ {prtfmtStrJobName, &symParaAutoJobName, &comparationAutoJobName},
+    /* 10 */ {prtfmtStrJobName, &symParaEnteredJobName, &comparationEnteredJobName},
+    /* 11 */ {prtfmtStrDelayTime, &symParaDelayTime, &comparationDelayTime},
+};
+
+// Rows 0, 1, 2, 7, 8, 9 and 10 of the full table.
+const FormatEntry PrintTypeFmtPartTable[PrintTypeFmtPartTableNum] = {
+    {prtfmtStrHoldStore, nullptr, &comparationHoldStore},
+    {prtfmtStrHoldTypePrivate, nullptr, &comparationHoldTypePrivate},
+    {prtfmtStrHoldProof, nullptr, &comparationHoldProof},
+    {prtfmtStrUserName, &symParaUserName, &comparationUserName},
+    {prtfmtStrHoldEncryptKey, &symParaHoldEncryptKey, &comparationHoldEncryptKey},
+    {prtfmtStrJobName, &symParaAutoJobName, &comparationAutoJobName},
+    {prtfmtStrJobName, &symParaEnteredJobName, &comparationEnteredJobName},
+};
+
+void PrintTypeInitializeCmdParaTable() {
+  InitializeCmdParaTable(&symParaBoxNumber, cmdParaNumBoxNumber, cmdParaListBoxNumber);
+  InitializeCmdParaTable(&symParaBoxEncryptKey, cmdParaNumBoxEncryptKey, cmdParaListBoxEncryptKey);
+  InitializeCmdParaTable(&symParaUserName, cmdParaNumUserName, cmdParaListUserName);
+  InitializeCmdParaTable(&symParaHoldEncryptKey, cmdParaNumHoldEncryptKey,
+                         cmdParaListHoldEncryptKey);
+  InitializeCmdParaTable(&symParaAutoJobName, cmdParaNumAutoJobName, cmdParaListAutoJobName);
+  InitializeCmdParaTable(&symParaEnteredJobName, cmdParaNumEnteredJobName,
+                         cmdParaListEnteredJobName);
+  InitializeCmdParaTable(&symParaDelayTime, cmdParaNumDelayTime, cmdParaListDelayTime);
+}
+
+void PrintTypeInitialzieComparationTable() {
+  Bind(&comparationHoldStore, comparationItemHoldStore);
+  Bind(&comparationHoldTypePrivate, comparationItemHoldTypePrivate);
+  Bind(&comparationHoldProof, comparationItemHoldProof);
+  Bind(&comparationMailbox, comparationItemMailbox);
+  Bind(&comparationMailboxPassword, comparationItemMailboxPassword);
+  Bind(&comparationUserName, comparationItemUserName);
+  Bind(&comparationHoldEncryptKey, comparationItemHoldEncryptKey);
+  Bind(&comparationAutoJobName, comparationItemAutoJobName);
+  Bind(&comparationEnteredJobName, comparationItemEnteredJobName);
+  Bind(&comparationDelayTime, comparationItemDelayTime);
+}
+
+void PrintTypeInializeDescriptionTableFromFilter() {
+  PrintTypeInitializeCmdParaTable();
+  PrintTypeInitialzieComparationTable();
+}
+
+int PrintTypeGetTicketFromPDE(char* argv[]) {
+  const TicketBinding* table =
+      IsUTF8PrinterEncoding() ? PrintTypeticketDataForUTF8 : PrintTypeticketData;
+  GetTicketFromArray(argv, table, PrintTypeTicketDataNum);
+  return 1;
+}
+
+void PrintTypeOutputZPJLCommandFromFilter(char* argv[]) {
+  bool partial = false;
+  ppd_file_t* ppd = AcquireJobPPD();
+  if (ppd != nullptr) {
+    partial = PPDAttrEquals(ppd, "KRPrinterLanguageEncoding", "UTF-8") &&
+              CheckIfPPDKeywordSupported(ppd, "KRZPrintTypeSettings", "Default04") == 1;
+  }
+  ReleaseJobPPD(ppd);
+  if (partial) {
+    OutputZPJLCommandFromArray(argv, PrintTypeFmtPartTable, PrintTypeFmtPartTableNum);
+  } else {
+    OutputZPJLCommandFromArray(argv, PrintTypeFmtTable, PrintTypeFmtTableNum);
+  }
+}
