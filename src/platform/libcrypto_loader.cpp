@@ -80,6 +80,9 @@ extern "C" void OPENSSL_cleanse(void* ptr, size_t len) {
 ZPJL_FORWARD(const EVP_CIPHER*, EVP_aes_128_cbc, (void), (), nullptr)
 ZPJL_FORWARD(const EVP_CIPHER*, EVP_aes_192_cbc, (void), (), nullptr)
 ZPJL_FORWARD(const EVP_CIPHER*, EVP_aes_256_cbc, (void), (), nullptr)
+ZPJL_FORWARD(EVP_CIPHER*, EVP_CIPHER_fetch,
+             (OSSL_LIB_CTX * ctx, const char* algorithm, const char* properties),
+             (ctx, algorithm, properties), nullptr)
 ZPJL_FORWARD(EVP_CIPHER_CTX*, EVP_CIPHER_CTX_new, (void), (), nullptr)
 ZPJL_FORWARD_VOID(EVP_CIPHER_CTX_free, (EVP_CIPHER_CTX * ctx), (ctx))
 ZPJL_FORWARD(int, EVP_CipherInit_ex,
