@@ -1,5 +1,7 @@
 #include "frame/byte_search.h"
 
+#include <cstring>
+
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
@@ -16,9 +18,7 @@ bool HasAvx2() {
 
 namespace {
 
-bool StartsAt(const char* at, ByteTriple triple) {
-  return at[0] == triple.bytes[0] && at[1] == triple.bytes[1] && at[2] == triple.bytes[2];
-}
+constexpr size_t kPatternLength = sizeof(BytePattern::bytes);
 
 // Records the offsets of the set bits of `hits` (bit i: offset base + i).
 // False once more than `capacity` are found.
@@ -33,11 +33,13 @@ bool Record(uint64_t hits, size_t base, uint32_t* offsets, size_t capacity, size
   return true;
 }
 
-// The scalar search from `from` on, continuing a count.
-size_t FinishScalar(const char* bytes, size_t from, size_t length, ByteTriple first,
-                    ByteTriple second, uint32_t* offsets, size_t capacity, size_t count) {
-  for (size_t i = from; i + 3 <= length; ++i) {
-    if (!StartsAt(bytes + i, first) && !StartsAt(bytes + i, second)) continue;
+// The plain search from `from` on, continuing a count.
+size_t FinishScalar(const char* bytes, size_t from, size_t length, BytePattern first,
+                    BytePattern second, uint32_t* offsets, size_t capacity, size_t count) {
+  for (size_t i = from; i + kPatternLength <= length; ++i) {
+    if (std::memcmp(bytes + i, first.bytes, kPatternLength) != 0 &&
+        std::memcmp(bytes + i, second.bytes, kPatternLength) != 0)
+      continue;
     if (count == capacity) return capacity + 1;
     offsets[count++] = static_cast<uint32_t>(i);
   }
@@ -46,24 +48,32 @@ size_t FinishScalar(const char* bytes, size_t from, size_t length, ByteTriple fi
 
 }  // namespace
 
+size_t FindPatternsScalar(const char* bytes, size_t length, BytePattern first, BytePattern second,
+                          uint32_t* offsets, size_t capacity) {
+  return FinishScalar(bytes, 0, length, first, second, offsets, capacity, 0);
+}
+
+// Both vector versions compare a vector of bytes at i, i + 1, i + 2 and i + 3
+// with the pattern bytes; a lane where all four match starts a pattern.
 #if defined(__SSE2__)
-size_t FindTriplesSse2(const char* bytes, size_t length, ByteTriple first, ByteTriple second,
-                       uint32_t* offsets, size_t capacity) {
-  const __m128i a0 = _mm_set1_epi8(first.bytes[0]), a1 = _mm_set1_epi8(first.bytes[1]),
-                a2 = _mm_set1_epi8(first.bytes[2]);
-  const __m128i b0 = _mm_set1_epi8(second.bytes[0]), b1 = _mm_set1_epi8(second.bytes[1]),
-                b2 = _mm_set1_epi8(second.bytes[2]);
+size_t FindPatternsSse2(const char* bytes, size_t length, BytePattern first, BytePattern second,
+                        uint32_t* offsets, size_t capacity) {
+  __m128i a[kPatternLength];
+  __m128i b[kPatternLength];
+  for (size_t k = 0; k < kPatternLength; ++k) {
+    a[k] = _mm_set1_epi8(first.bytes[k]);
+    b[k] = _mm_set1_epi8(second.bytes[k]);
+  }
   size_t count = 0;
   size_t i = 0;
-  // Each step reads 16 bytes at i, i + 1 and i + 2.
-  for (; i + 18 <= length; i += 16) {
-    const __m128i v0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i));
-    const __m128i v1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i + 1));
-    const __m128i v2 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i + 2));
-    const __m128i hitA = _mm_and_si128(_mm_and_si128(_mm_cmpeq_epi8(v0, a0), _mm_cmpeq_epi8(v1, a1)),
-                                       _mm_cmpeq_epi8(v2, a2));
-    const __m128i hitB = _mm_and_si128(_mm_and_si128(_mm_cmpeq_epi8(v0, b0), _mm_cmpeq_epi8(v1, b1)),
-                                       _mm_cmpeq_epi8(v2, b2));
+  for (; i + 16 + kPatternLength - 1 <= length; i += 16) {
+    __m128i hitA = _mm_set1_epi8(-1);
+    __m128i hitB = hitA;
+    for (size_t k = 0; k < kPatternLength; ++k) {
+      const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i + k));
+      hitA = _mm_and_si128(hitA, _mm_cmpeq_epi8(v, a[k]));
+      hitB = _mm_and_si128(hitB, _mm_cmpeq_epi8(v, b[k]));
+    }
     const uint64_t hits = static_cast<uint16_t>(_mm_movemask_epi8(_mm_or_si128(hitA, hitB)));
     if (hits != 0 && !Record(hits, i, offsets, capacity, &count)) return count;
   }
@@ -72,24 +82,25 @@ size_t FindTriplesSse2(const char* bytes, size_t length, ByteTriple first, ByteT
 #endif
 
 #if ZPJL_SCAN_AVX2
-__attribute__((target("avx2"))) size_t FindTriplesAvx2(const char* bytes, size_t length,
-                                                       ByteTriple first, ByteTriple second,
-                                                       uint32_t* offsets, size_t capacity) {
-  const __m256i a0 = _mm256_set1_epi8(first.bytes[0]), a1 = _mm256_set1_epi8(first.bytes[1]),
-                a2 = _mm256_set1_epi8(first.bytes[2]);
-  const __m256i b0 = _mm256_set1_epi8(second.bytes[0]), b1 = _mm256_set1_epi8(second.bytes[1]),
-                b2 = _mm256_set1_epi8(second.bytes[2]);
+__attribute__((target("avx2"))) size_t FindPatternsAvx2(const char* bytes, size_t length,
+                                                        BytePattern first, BytePattern second,
+                                                        uint32_t* offsets, size_t capacity) {
+  __m256i a[kPatternLength];
+  __m256i b[kPatternLength];
+  for (size_t k = 0; k < kPatternLength; ++k) {
+    a[k] = _mm256_set1_epi8(first.bytes[k]);
+    b[k] = _mm256_set1_epi8(second.bytes[k]);
+  }
   size_t count = 0;
   size_t i = 0;
-  // Each step reads 32 bytes at i, i + 1 and i + 2.
-  for (; i + 34 <= length; i += 32) {
-    const __m256i v0 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes + i));
-    const __m256i v1 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes + i + 1));
-    const __m256i v2 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes + i + 2));
-    const __m256i hitA = _mm256_and_si256(
-        _mm256_and_si256(_mm256_cmpeq_epi8(v0, a0), _mm256_cmpeq_epi8(v1, a1)), _mm256_cmpeq_epi8(v2, a2));
-    const __m256i hitB = _mm256_and_si256(
-        _mm256_and_si256(_mm256_cmpeq_epi8(v0, b0), _mm256_cmpeq_epi8(v1, b1)), _mm256_cmpeq_epi8(v2, b2));
+  for (; i + 32 + kPatternLength - 1 <= length; i += 32) {
+    __m256i hitA = _mm256_set1_epi8(-1);
+    __m256i hitB = hitA;
+    for (size_t k = 0; k < kPatternLength; ++k) {
+      const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes + i + k));
+      hitA = _mm256_and_si256(hitA, _mm256_cmpeq_epi8(v, a[k]));
+      hitB = _mm256_and_si256(hitB, _mm256_cmpeq_epi8(v, b[k]));
+    }
     const uint64_t hits = static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_or_si256(hitA, hitB)));
     if (hits != 0 && !Record(hits, i, offsets, capacity, &count)) return count;
   }
@@ -97,19 +108,14 @@ __attribute__((target("avx2"))) size_t FindTriplesAvx2(const char* bytes, size_t
 }
 #endif
 
-size_t FindTriplesScalar(const char* bytes, size_t length, ByteTriple first, ByteTriple second,
-                         uint32_t* offsets, size_t capacity) {
-  return FinishScalar(bytes, 0, length, first, second, offsets, capacity, 0);
-}
-
-size_t FindTriples(const char* bytes, size_t length, ByteTriple first, ByteTriple second,
-                   uint32_t* offsets, size_t capacity) {
+size_t FindPatterns(const char* bytes, size_t length, BytePattern first, BytePattern second,
+                    uint32_t* offsets, size_t capacity) {
 #if ZPJL_SCAN_AVX2
-  if (HasAvx2()) return FindTriplesAvx2(bytes, length, first, second, offsets, capacity);
+  if (HasAvx2()) return FindPatternsAvx2(bytes, length, first, second, offsets, capacity);
 #endif
 #if defined(__SSE2__)
-  return FindTriplesSse2(bytes, length, first, second, offsets, capacity);
+  return FindPatternsSse2(bytes, length, first, second, offsets, capacity);
 #else
-  return FindTriplesScalar(bytes, length, first, second, offsets, capacity);
+  return FindPatternsScalar(bytes, length, first, second, offsets, capacity);
 #endif
 }

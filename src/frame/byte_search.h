@@ -14,26 +14,26 @@ bool HasAvx2();
 #define ZPJL_SCAN_AVX2 0
 #endif
 
-// A three-byte sequence to look for.
-struct ByteTriple {
-  char bytes[3];
+// A four-byte sequence to look for.
+struct BytePattern {
+  char bytes[4];
 };
 
 // The offsets in bytes[0, length) at which `first` or `second` begins, in
 // increasing order. Stores at most `capacity` of them; returns how many it
 // found, or capacity + 1 as soon as there are more.
-size_t FindTriples(const char* bytes, size_t length, ByteTriple first, ByteTriple second,
-                   uint32_t* offsets, size_t capacity);
+size_t FindPatterns(const char* bytes, size_t length, BytePattern first, BytePattern second,
+                    uint32_t* offsets, size_t capacity);
 
-// The ways FindTriples may take, which must all agree: plain compares,
+// The ways FindPatterns may take, which must all agree: plain compares,
 // SSE2 and AVX2 (only where HasAvx2()).
-size_t FindTriplesScalar(const char* bytes, size_t length, ByteTriple first, ByteTriple second,
-                         uint32_t* offsets, size_t capacity);
+size_t FindPatternsScalar(const char* bytes, size_t length, BytePattern first, BytePattern second,
+                          uint32_t* offsets, size_t capacity);
 #if defined(__SSE2__)
-size_t FindTriplesSse2(const char* bytes, size_t length, ByteTriple first, ByteTriple second,
-                       uint32_t* offsets, size_t capacity);
+size_t FindPatternsSse2(const char* bytes, size_t length, BytePattern first, BytePattern second,
+                        uint32_t* offsets, size_t capacity);
 #endif
 #if ZPJL_SCAN_AVX2
-size_t FindTriplesAvx2(const char* bytes, size_t length, ByteTriple first, ByteTriple second,
-                       uint32_t* offsets, size_t capacity);
+size_t FindPatternsAvx2(const char* bytes, size_t length, BytePattern first, BytePattern second,
+                        uint32_t* offsets, size_t capacity);
 #endif

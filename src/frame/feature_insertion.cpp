@@ -136,16 +136,16 @@ bool IsScreenLine(const char* line, size_t length) {
   return ContainsAll(line, length, TRCSCRCommand) || ContainsAll(line, length, CPRCommand);
 }
 
-// Every name of the first list holds "TRC", every name of the second "CPR":
-// a line without either cannot be a screen line.
-constexpr ByteTriple kScreenHintFirst = {{'T', 'R', 'C'}};
-constexpr ByteTriple kScreenHintSecond = {{'C', 'P', 'R'}};
+// A screen line holds every name of one list, so "TTRC" or "TCPR": a line
+// with neither cannot be one.
+constexpr BytePattern kScreenHintFirst = {{'T', 'T', 'R', 'C'}};
+constexpr BytePattern kScreenHintSecond = {{'T', 'C', 'P', 'R'}};
 
 // Pass 1: lines go to the spool file, the derived PJL to stdout.
 //
 // Almost every line is only spooled. Which may be more is told by its first
 // bytes and length (feature and structural lines) and, for screen lines,
-// by where the block holds "TRC" or "CPR", found once per block.
+// by where the block holds "TTRC" or "TCPR", found once per block.
 class SpoolSink : public LineSink {
  public:
   SpoolSink(char* argv[], FILE* spool) : argv_(argv), spool_(spool) {
@@ -164,8 +164,8 @@ class SpoolSink : public LineSink {
   }
   void Block(const char* bytes, size_t length) override {
     block_ = bytes;
-    hints_ = FindTriples(bytes, length, kScreenHintFirst, kScreenHintSecond, hintOffsets_,
-                         kHintCapacity);
+    hints_ = FindPatterns(bytes, length, kScreenHintFirst, kScreenHintSecond, hintOffsets_,
+                          kHintCapacity);
     candidates_ = hints_ == 0 ? known_ : LineCandidates();
   }
   bool Plain(const char* line, size_t length) override {
@@ -230,7 +230,7 @@ int OpenInput(int argc, char* argv[]) {
 // Reads `fd` to its end holding back the last byte, which is never part of a
 // line. Returns false when the scan was stopped; *last is the held byte or -1.
 bool SpoolWithLookAhead(int fd, LineScanner& scanner, int* last) {
-  char block[1 << 16];
+  char block[kReadBlockSize];
   *last = -1;
   for (;;) {
     ssize_t got = read(fd, block, sizeof block);
@@ -253,7 +253,7 @@ void CopySpoolOut(const char* pending, size_t pendingLength) {
   LineScanner scanner(sink);
   // The unfinished last line of pass 1 leads the first line copied.
   bool going = scanner.Feed(pending, pendingLength);
-  char block[1 << 16];
+  char block[kReadBlockSize];
   while (going) {
     ssize_t got = read(fd, block, sizeof block);
     if (got < 0 && errno == EINTR) continue;

@@ -192,7 +192,7 @@ void LineScanner::FinishInput() {
 
 ScanResult ScanLines(int fd, LineSink& sink) {
   LineScanner scanner(sink);
-  char block[1 << 16];
+  char block[kReadBlockSize];
   for (;;) {
     ssize_t got = read(fd, block, sizeof block);
     if (got < 0 && errno == EINTR) continue;

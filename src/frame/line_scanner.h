@@ -105,6 +105,11 @@ class LineScanner {
   size_t length_ = 0;
 };
 
+// Bytes asked of each read of the job. Larger reads mean fewer system calls
+// and fewer switches to the process that reads the print stream; the block
+// lives on the stack, so it also sets the resident size of a job.
+constexpr size_t kReadBlockSize = 128 * 1024;
+
 enum class ScanResult { kEndOfInput, kStopped };
 
 // Reads `fd` to its end, taking whatever each read returns (so a cancel is

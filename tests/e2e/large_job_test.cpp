@@ -122,12 +122,12 @@ TEST_P(LargeJobTest, InsertionModeFindsScreenLinesWhereverTheyLie) {
   const std::string screen =
       "TTRC 64 GTRC 64 ITRC 64 TSCR 64 GSCR 64 ISCR 64\n"
       "TCPR 12 GCPR 34 ICPR 56\n"
-      "TTRC GTRC ITRC TSCR GSCR\nTRC CPR TRCCPR\n";
+      "TTRC GTRC ITRC TSCR GSCR\nTTRC TCPR TTRCTCPR\n";
   const int blocks = 6;
   std::string input = JobAroundBoundaries(screen, random, blocks);
   // A block crowded with decoys, more than the filter lists per block.
   input.insert(input.size() - 6, std::string(3000, 'T') + "RC " + std::string(200, ' ') + "\n");
-  for (int i = 0; i < 400; ++i) input.insert(input.size() - 6, "xTRC yCPR\n");
+  for (int i = 0; i < 400; ++i) input.insert(input.size() - 6, "xTTRC yTCPR\n");
   input.insert(input.size() - 6, screen);
 
   std::string once;

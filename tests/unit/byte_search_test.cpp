@@ -8,47 +8,49 @@
 
 namespace {
 
-constexpr ByteTriple kTRC = {{'T', 'R', 'C'}};
-constexpr ByteTriple kCPR = {{'C', 'P', 'R'}};
+constexpr BytePattern kTTRC = {{'T', 'T', 'R', 'C'}};
+constexpr BytePattern kTCPR = {{'T', 'C', 'P', 'R'}};
 
-using Finder = size_t (*)(const char*, size_t, ByteTriple, ByteTriple, uint32_t*, size_t);
+using Finder = size_t (*)(const char*, size_t, BytePattern, BytePattern, uint32_t*, size_t);
 
 std::vector<Finder> Finders() {
-  std::vector<Finder> finders{FindTriples, FindTriplesScalar};
+  std::vector<Finder> finders{FindPatterns, FindPatternsScalar};
 #if defined(__SSE2__)
-  finders.push_back(FindTriplesSse2);
+  finders.push_back(FindPatternsSse2);
 #endif
 #if ZPJL_SCAN_AVX2
-  if (HasAvx2()) finders.push_back(FindTriplesAvx2);
+  if (HasAvx2()) finders.push_back(FindPatternsAvx2);
 #endif
   return finders;
 }
 
 std::vector<uint32_t> Found(Finder find, const std::string& text, size_t capacity, size_t* count) {
   std::vector<uint32_t> offsets(capacity + 1, 0xFFFFFFFF);
-  *count = find(text.data(), text.size(), kTRC, kCPR, offsets.data(), capacity);
+  *count = find(text.data(), text.size(), kTTRC, kTCPR, offsets.data(), capacity);
   EXPECT_EQ(offsets[capacity], 0xFFFFFFFF) << "wrote past the capacity";
   offsets.resize(std::min(*count, capacity));
   return offsets;
 }
 
-TEST(FindTriples, FixedCases) {
+TEST(FindPatterns, FixedCases) {
   struct Case {
     std::string text;
     std::vector<uint32_t> offsets;
   };
   const Case cases[] = {
       {"", {}},
-      {"TR", {}},
-      {"TRC", {0}},
-      {"CPRTRC", {0, 3}},
-      {"xTRCPR", {1, 3}},  // overlapping: TRC at 1, CPR at 3
-      {"TRc tRC TR\nC", {}},
-      {std::string(40, 'x') + "TRC", {40}},                      // in the scalar tail
-      {std::string(31, 'x') + "TRC" + std::string(40, 'x'), {31}},  // across a vector step
-      {std::string(30, 'x') + "CPR" + std::string(30, 'x') + "TRC", {30, 63}},
-      {std::string("TR\0C\0TRC", 8), {5}},
-      {"\x94\x92\x83TRC", {3}},  // bytes with the sign bit set beside it
+      {"TTR", {}},
+      {"TTRC", {0}},
+      {"TCPRTTRC", {0, 4}},
+      {"xTTTRCPR", {2}},        // "TTRC" at 2; "TCPR" needs the C before the P
+      {"TTRCTCPR", {0, 4}},
+      {"TTRc tTRC TTR\nC TRC", {}},
+      {std::string(40, 'x') + "TTRC", {40}},                       // in the plain tail
+      {std::string(30, 'x') + "TTRC" + std::string(40, 'x'), {30}},  // across a vector step
+      {std::string(14, 'x') + "TCPR" + std::string(40, 'x'), {14}},  // across a 16-byte step
+      {std::string(29, 'x') + "TCPR" + std::string(30, 'x') + "TTRC", {29, 63}},
+      {std::string("TTR\0C\0TTRC", 10), {6}},
+      {"\x94\x94\x92\x83TTRC", {4}},  // bytes with the sign bit set beside it
   };
   for (Finder find : Finders()) {
     for (const Case& c : cases) {
@@ -59,7 +61,7 @@ TEST(FindTriples, FixedCases) {
   }
 }
 
-TEST(FindTriples, EveryWayAgreesOnRandomText) {
+TEST(FindPatterns, EveryWayAgreesOnRandomText) {
   std::mt19937 random(20261126);
   const char alphabet[] = "TRCPx\n";
   for (int round = 0; round < 500; ++round) {
@@ -68,7 +70,7 @@ TEST(FindTriples, EveryWayAgreesOnRandomText) {
     for (size_t i = 0; i < length; ++i) text += alphabet[random() % (sizeof alphabet - 1)];
     size_t capacity = 1 + random() % 20;
     size_t expectedCount = 0;
-    std::vector<uint32_t> expected = Found(FindTriplesScalar, text, capacity, &expectedCount);
+    std::vector<uint32_t> expected = Found(FindPatternsScalar, text, capacity, &expectedCount);
     for (Finder find : Finders()) {
       size_t count = 0;
       ASSERT_EQ(Found(find, text, capacity, &count), expected) << text;
@@ -77,14 +79,14 @@ TEST(FindTriples, EveryWayAgreesOnRandomText) {
   }
 }
 
-TEST(FindTriples, SaysWhenThereAreMoreThanItKeeps) {
+TEST(FindPatterns, SaysWhenThereAreMoreThanItKeeps) {
   std::string text;
-  for (int i = 0; i < 10; ++i) text += "TRC-";
+  for (int i = 0; i < 10; ++i) text += "TTRC-";
   for (Finder find : Finders()) {
     size_t count = 0;
     std::vector<uint32_t> offsets = Found(find, text, 4, &count);
     EXPECT_EQ(count, 5u);
-    EXPECT_EQ(offsets, (std::vector<uint32_t>{0, 4, 8, 12}));
+    EXPECT_EQ(offsets, (std::vector<uint32_t>{0, 5, 10, 15}));
     EXPECT_EQ(Found(find, text, 10, &count).size(), 10u);
     EXPECT_EQ(count, 10u);
   }
