@@ -7,6 +7,7 @@
 #include "frame/output_channel.h"
 #include "frame/ppd_queries.h"
 #include "modules/device_settings/device_settings.h"
+#include "modules/features/features.h"
 #include "modules/job_comments/job_comments.h"
 #include "modules/perfect_binding/perfect_binding.h"
 #include "modules/special_pages/special_pages.h"
@@ -132,7 +133,7 @@ void OutputZPJLCommand(char* argv[]) {
   OutputZPJLCommandFromArray(argv, prtFmtTableZPJLJobMode, numFmtTableZPJLJobMode);
   OutputZPJLCommandFromFilter(argv);
   OutputZPJLCommandforPerfectBind();
-  // The booklet attributes come here.
+  OutputZPJLCommandforBooklet();
   OutputZPJLCommandForTonerSaver();
   OutputZPJLCommandOthers();
   OutputZPJLCommandForSpecialPage(argv);

@@ -2,15 +2,17 @@
 
 #include "engine/job_header.h"
 #include "modules/accounting/accounting.h"
+#include "modules/features/features.h"
 #include "modules/job_comments/job_comments.h"
 #include "modules/perfect_binding/perfect_binding.h"
 #include "modules/print_type/print_type.h"
 #include "modules/special_pages/special_pages.h"
+#include "modules/watermark/watermark.h"
 
 void InializeDescriptionTableFromFilter() {
   PrintTypeInializeDescriptionTableFromFilter();
   JBAInializeDescriptionTableFromFilter();
-  // Finishing features come here.
+  FeaturesInializeDescriptionTableFromFilter();
   SpecialPageInializeDescriptionTable();
 }
 
@@ -22,7 +24,8 @@ void InializeDescriptionTable() {
 int GetTicketFromPDE(char* argv[]) {
   PrintTypeGetTicketFromPDE(argv);
   JBAGetTicketFromPDE(argv);
-  // Finishing features and watermark come here.
+  FeaturesGetTicketFromPDE(argv);
+  WatermarkGetTicketFromPDE(argv);
   PBindGetTicketFromPDE(argv);
   CommentGetTicketFromPDE(argv);
   SpecialPageGetTicketFromPDE(argv);
@@ -32,10 +35,10 @@ int GetTicketFromPDE(char* argv[]) {
 void OutputZPJLCommandFromFilter(char* argv[]) {
   PrintTypeOutputZPJLCommandFromFilter(argv);
   JBAOutputZPJLCommandFromFilter(argv);
+  FeaturesOutputZPJLCommandFromFilter(argv);
 }
 
 void OutputPSCommandFromFilter(int32_t point, int32_t page, FILE* stream) {
-  (void)point;
-  (void)page;
-  (void)stream;
+  WatermarkOutputPSCommandFromFilter(point, page, stream);
+  FeaturesOutputPSCommandFromFilter(point, stream);
 }

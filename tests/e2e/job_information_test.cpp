@@ -98,6 +98,9 @@ INSTANTIATE_TEST_SUITE_P(
         // UTF-8 with CommentOn: the full block with the advanced lines.
         HeaderCase{"Utf8FullBlock", "jobinfo-utf8-color.ppd", kFullTicket,
                    kUEL + kUtf8 + kJobMode + Accounting(true, "N2") +
+                       "@PJL SET JOBATTR=\"@DIND=PORTRAIT\"\n"
+                       "@PJL SET JOBATTR=\"@DIBB=LEFT\"\n"
+                       "@PJL SET JOBATTR=\"@DIBK=MANUALDIVIDE\"\n"
                        "@PJL SET ECONOMODE=ON\n"
                        "@PJL SET REDUCTIONRATE=99\n"
                        "@PJL SET JOBATTR=\"@LWAD=1\"\n"
@@ -114,6 +117,7 @@ INSTANTIATE_TEST_SUITE_P(
         // colour to a printer whose PPD offers it.
         HeaderCase{"Utf8StapleAndPunch", "jobinfo-utf8-color.ppd", kStapleTicket,
                    kUEL + kUtf8 + kJobMode + Accounting(true, "N9") +
+                       "@PJL SET JOBATTR=\"@DIND=LANDSCAPE\"\n"
                        "@PJL SET REDUCTIONRATE=0\n"
                        "@PJL SET JOBATTR=\"@LWAD=0\"\n" +
                        Info(Block("1.5.0",
@@ -141,6 +145,7 @@ INSTANTIATE_TEST_SUITE_P(
                        "@PJL SET JOBATTR=\"@PBBP=A4\"\n"
                        "@PJL SET JOBATTR=\"@PBTP=A4\"\n"
                        "@PJL SET JOBATTR=\"@PBCI=OFF\"\n"
+                       "@PJL SET JOBATTR=\"@DIND=LANDSCAPE\"\n"
                        "@PJL SET ECONOMODE=MODE1\n"
                        "@PJL SET REDUCTIONRATE=0\n"
                        "@PJL SET JOBATTR=\"@LWAD=3\"\n"
@@ -158,6 +163,7 @@ INSTANTIATE_TEST_SUITE_P(
         HeaderCase{"Utf8CommentOffNoBlock", "jobinfo-utf8-color-black-default.ppd",
                    "KRStaple=LeftDouble",
                    kUEL + kUtf8 + kJobMode + Accounting(true, "1") +
+                       "@PJL SET JOBATTR=\"@DIND=PORTRAIT\"\n"
                        "@PJL SET RENDERMODE=GRAYSCALE\n" + kEnterPS},
         HeaderCase{"NoEncodingNoPCFileNameNoBlock", "jobinfo-no-encoding-no-pcfilename.ppd",
                    "KRColorMode=Auto KRTonerSaver=UserInput KRTonerReductionRate=Reduce_",

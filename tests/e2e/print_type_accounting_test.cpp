@@ -112,7 +112,9 @@ TEST(AccountingStream, SecurePrintJobHeader) {
                              LF("CNAM", ClientHostName(true)) + LF("LUNA", "alice") +
                              LF("HOAD", "192.0.2.7") + LF("NLPP", "1") + CRLF("JOAU", "u100") +
                              CRLF("JOEP", "<sealed:pw100>") + CRLF("DAID", "acct7") +
-                             CRLF("ACNA", "Quarterly report") + "@PJL SET RENDERMODE=GRAYSCALE\n" +
+                             CRLF("ACNA", "Quarterly report") +
+                             "@PJL SET JOBATTR=\"@DIND=PORTRAIT\"\n"
+                             "@PJL SET RENDERMODE=GRAYSCALE\n" +
                              "@PJL ENTER LANGUAGE=POSTSCRIPT\n";
   EXPECT_TRUE(SameStream(header + kTrailer, WithOpenedFields(run.out)));
 }
