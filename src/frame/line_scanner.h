@@ -37,8 +37,10 @@ class LineCandidates {
   // Admits the lengths from `length` on (first bytes come from Add).
   void AddLengthsFrom(size_t length);
   bool Admit(const char* line, size_t length) const {
+    // The first byte turns most lines away; the length is looked at after.
+    if (!firsts_[static_cast<unsigned char>(line[0])]) return false;
     size_t bit = length < 63 ? length : 63;
-    return ((lengths_ >> bit) & 1) != 0 && firsts_[static_cast<unsigned char>(line[0])];
+    return ((lengths_ >> bit) & 1) != 0;
   }
 
  private:
