@@ -22,8 +22,7 @@ ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)
 
 def load_bench():
     loader = importlib.machinery.SourceFileLoader("bench", os.path.join(ROOT, "scripts", "bench"))
-    spec = importlib.util.spec_from_loader("bench", loader)
-    module = importlib.util.module_from_spec(spec)
+    module = importlib.util.module_from_spec(importlib.util.spec_from_loader("bench", loader))
     loader.exec_module(module)
     return module
 
@@ -53,7 +52,7 @@ def libcups():
 
 
 class PPDAttr(ctypes.Structure):
-    _fields_ = [("name", ctypes.c_char * 41), ("spec", ctypes.c_char * 41), ("text", ctypes.c_char * 81),
+    _fields_ = [("name", ctypes.c_char * 41), ("choice", ctypes.c_char * 41), ("text", ctypes.c_char * 81),
                 ("value", ctypes.c_char_p)]
 
 
