@@ -219,6 +219,15 @@ class TicketTest(unittest.TestCase):
         for i in range(total):
             self.assertIn(prefix + "ZPIFCommandTicket_%d" % i, full)
 
+    def test_without_passwords_drops_exactly_the_passwords(self):
+        full = bench.full_options(self.SEEDS)
+        kept = bench.without_passwords(full)
+        dropped = [key for key, _ in full if (key, dict(full)[key]) not in kept]
+        self.assertEqual(sorted(k.rsplit(".", 1)[1] for k in dropped),
+                         ["JBAStoragePasswordTextEditTicket", "JBAUserPasswordTextEditTicket",
+                          "PrintTypePasswordTicketKey"])
+        self.assertEqual(len(kept), len(full) - 3)
+
     def test_stored_passwords_open_with_the_storage_key(self):
         import base64
         for password in ("", "4711", "secret-pass-01", "x" * 239):
