@@ -1,0 +1,318 @@
+"""A live print queue: the installed filter and sample PPDs under a private
+cupsd, jobs submitted with lp, the print streams captured by file devices.
+
+    live_queue_test.py --build BUILD_DIR --source SOURCE_DIR
+"""
+
+import argparse
+import os
+import re
+import shutil
+import socket
+import sys
+import unittest
+
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+import cups_instance  # noqa: E402
+from print_stream import (PREFIX, TRAILER, UEL, Stream, match_lines,  # noqa: E402
+                          open_sealed_field, stored_password, visible)
+
+ARGS = None
+# ctest's code for a skipped test.
+SKIPPED = 77
+
+TITLE = "Live job"
+USER = "alice"
+SECURE_PASSWORD = "4711"
+ACCOUNT_PASSWORD = "s3cret"
+
+# What the production printer's job asks for: a secure print held for alice,
+# accounting on an entered user ID with password and account, a text
+# watermark on every page, stapling and two-sided printing.
+PRODUCTION_TICKET = [
+    (PREFIX + "PrintTypeTicketKey", "2"),
+    (PREFIX + "PrintTypeUserNameTicketKey", USER),
+    (PREFIX + "PrintTypePasswordTicketKey", "<secure password>"),
+    (PREFIX + "DocumentNameTypeTicketKey", "1"),
+    (PREFIX + "JBAManageTypeListTicketKey", "2"),
+    (PREFIX + "JBAUserSettingRadioBtnTicket", "1"),
+    (PREFIX + "JBAUserIDListCtrlTicket", "2"),
+    (PREFIX + "JBAUserIDTextEditTicket", "acct-7"),
+    (PREFIX + "JBAUserPasswordTextEditTicket", "<account password>"),
+    (PREFIX + "JBAAccountIDTextEditTicket", "4242"),
+    (PREFIX + "WMARKNameTicket", "Confidential"),
+    (PREFIX + "WMARKTypeTicket", "0"),
+    (PREFIX + "WMARKOnlyFirstTicket", "0"),
+    (PREFIX + "WMARKTextTicket", "(CONFIDENTIAL)"),
+    (PREFIX + "WMARKFontTicket", "Courier"),
+    (PREFIX + "WMARKFontSizeTicket", "48"),
+    (PREFIX + "WMARKColorRTicket", "1.0"),
+    (PREFIX + "WMARKColorGTicket", "0.0"),
+    (PREFIX + "WMARKColorBTicket", "0.0"),
+    (PREFIX + "WMARKDensityTicket", "50"),
+    (PREFIX + "WMARKAngleTicket", "45"),
+    (PREFIX + "WMARKOrientationTicket", "1"),
+    (PREFIX + "WMARKPaperWidthTicket", "612"),
+    (PREFIX + "WMARKPaperHeightTicket", "792"),
+    (PREFIX + "WMARKWidthTicket", "200"),
+    (PREFIX + "WMARKHeightTicket", "20"),
+    (PREFIX + "WMARKhOffsetTicket", "0"),
+    (PREFIX + "WMARKvOffsetTicket", "0"),
+    ("KRStaple", "UpperLeftSingle"),
+    ("sides", "two-sided-long-edge"),
+]
+
+# The device settings of the insertion-mode printer's job, as PPD choices.
+INSERTION_OPTIONS = [
+    ("KRSetTrapMode", "True"),
+    ("KRBrightnes", "Dark2"),
+    ("KRColorDensityCyanLow", "-2"),
+    ("KRTonerSaver", "Mode2"),
+]
+
+# The sealed form of a password of up to 15 bytes: base64 of a 368-byte blob.
+SEALED = re.compile(rb"[A-Za-z0-9+/]{491}=")
+
+
+def pjl(text):
+    return text.encode()
+
+
+class LiveQueueTest(unittest.TestCase):
+    root = None
+
+    @classmethod
+    def setUpClass(cls):
+        cls.key_dir = os.path.join(ARGS.source, "keys")
+        cls.private_key = os.path.join(ARGS.source, "tests", "fixtures", "keys",
+                                       "recipient-2048.key.pem")
+        LiveQueueTest.root = cups_instance.private_directory(ARGS.build, "live-cups-")
+        cls.installation = cups_instance.install(ARGS.build, os.path.join(cls.root, "dest"))
+        serverbin = cups_instance.make_serverbin(cls.root, cls.installation.filter)
+        cls.cups = cups_instance.Scheduler(cls.root, serverbin)
+        cls.addClassCleanup(cls.cups.stop)
+        cls.cups.start()
+
+        production_device = os.path.join(cls.root, "out", "production.prn")
+        insertion_device = os.path.join(cls.root, "out", "insertion.prn")
+        cls.cups.add_queue("zpjl-production",
+                           cls.installation.ppd("zpjl-color-production.ppd"), production_device)
+        cls.cups.add_queue("zpjl-insertion",
+                           cls.installation.ppd("zpjl-color-office-insertion.ppd"), insertion_device)
+
+        ticket = []
+        for name, value in PRODUCTION_TICKET:
+            if value == "<secure password>":
+                value = stored_password(ARGS.source, cls.key_dir, SECURE_PASSWORD)
+            elif value == "<account password>":
+                value = stored_password(ARGS.source, cls.key_dir, ACCOUNT_PASSWORD)
+            ticket.append((name, value))
+        job = os.path.join(os.path.dirname(os.path.abspath(__file__)), "two-page-job.ps")
+        cls.production_job = cls.cups.submit("zpjl-production", job, USER, TITLE, ticket)
+        cls.production_end = cls.cups.wait_for_job(cls.production_job)
+        cls.insertion_job = cls.cups.submit("zpjl-insertion", job, USER, TITLE, INSERTION_OPTIONS)
+        cls.insertion_end = cls.cups.wait_for_job(cls.insertion_job)
+        cls.log = cls.cups.log()
+        with open(os.path.join(cls.root, "log", "page_log"), encoding="utf-8") as page_log:
+            cls.page_log = page_log.read()
+        cls.production = cls.read_stream(production_device)
+        with open(insertion_device, "rb") as captured:
+            cls.insertion = captured.read()
+
+    @staticmethod
+    def read_stream(path):
+        with open(path, "rb") as captured:
+            return Stream(captured.read())
+
+    # ---- CUPS ------------------------------------------------------------------------
+
+    def test_cups_completed_both_jobs(self):
+        for job, end in ((self.production_job, self.production_end),
+                         (self.insertion_job, self.insertion_end)):
+            with self.subTest(job=job):
+                self.assertEqual("completed", end, self.cups.log_tail())
+                self.assertIn("[Job %d] Job completed." % job, self.log)
+                self.assertRegex(self.log, r"\[Job %d\] PID \d+ \(\S+/filter/pstozpjl\) exited "
+                                           r"with no errors\." % job)
+        # A sanitizer build of the filter reports to the scheduler's log.
+        for finding in ("Sanitizer", "runtime error"):
+            with self.subTest(finding):
+                self.assertNotIn(finding, self.log)
+
+    def test_cups_counted_the_pages_from_the_page_log_lines(self):
+        for queue, job in (("zpjl-production", self.production_job),
+                           ("zpjl-insertion", self.insertion_job)):
+            with self.subTest(queue=queue):
+                self.assertRegex(self.page_log, r"(?m)^%s %s %d \[[^]]+\] total 2 " % (queue, USER, job))
+
+    def test_installed_filter_is_executable_by_everyone(self):
+        self.assertEqual(0o755, os.stat(self.installation.filter).st_mode & 0o7777)
+
+    # ---- The production printer --------------------------------------------------------
+
+    def test_production_header(self):
+        host = socket.gethostname()[:32].encode()
+        expected = [
+            UEL + pjl("@PJL SET STRINGCODESET=UTF8\n"),
+            pjl("@PJL JOB MODE=PRINTER\r\n"),
+            # print type: secure print
+            pjl("@PJL SET HOLD=STORE\n"),
+            pjl("@PJL SET HOLDTYPE=PRIVATE\n"),
+            pjl('@PJL SET USERNAME="alice"\r\n'),
+            re.compile(rb'@PJL SET HOLDENCRYPTKEY="' + SEALED.pattern + rb'"\r\n'),
+            pjl('@PJL SET JOBNAME="Live job"\r\n'),
+            # accounting: the client, then the user settings
+            b'@PJL SET JOBATTR="@CNAM=' + host + b'"\n',
+            pjl('@PJL SET JOBATTR="@LUNA=alice"\n'),
+            pjl('@PJL SET JOBATTR="@NLPP=N1"\n'),
+            pjl('@PJL SET JOBATTR="@JOAU=acct-7"\r\n'),
+            re.compile(rb'@PJL SET JOBATTR="@JOEP=' + SEALED.pattern + rb'"\r\n'),
+            pjl('@PJL SET JOBATTR="@DAID=4242"\r\n'),
+            pjl('@PJL SET JOBATTR="@ACNA=Live job"\r\n'),
+            # booklet direction, render mode
+            pjl('@PJL SET JOBATTR="@DIND=PORTRAIT"\n'),
+            pjl("@PJL SET RENDERMODE=COLOR\n"),
+            # the job information block of a CommentOn printer
+            pjl("@PJL COMMENT PRINTJOBINFO VERSION=1.5.0\n"),
+            pjl("@PJL COMMENT PRINTJOBINFO BEGIN\n"),
+            pjl("@PJL COMMENT PRINTJOBINFO PDLTYPE=PDL[POSTSCRIPT]:VERSION[3]\n"),
+            pjl("@PJL COMMENT PRINTJOBINFO JOBTYPE=PRINT\n"),
+            pjl("@PJL COMMENT PRINTJOBINFO DUPLEXTYPE=DUPLEX\n"),
+            pjl("@PJL COMMENT PRINTJOBINFO COLORMODE=COLOR\n"),
+            pjl("@PJL COMMENT PRINTJOBINFO NUP=1\n"),
+            pjl("@PJL COMMENT PRINTJOBINFO STAPLE=ON\n"),
+            pjl("@PJL COMMENT PRINTJOBINFO ORIENTATION=PORTRAIT\n"),
+            pjl("@PJL COMMENT PRINTJOBINFO STAPLEEX=TOPLEFT\n"),
+            pjl("@PJL COMMENT PRINTJOBINFO MIXEDSIZETYPE=NONE\n"),
+            pjl("@PJL COMMENT PRINTJOBINFO CUD=OFF\n"),
+            pjl("@PJL COMMENT PRINTJOBINFO END\n"),
+            pjl("@PJL ENTER LANGUAGE=POSTSCRIPT\n"),
+        ]
+        match_lines(self, expected, self.production.header_lines())
+
+    def test_production_passwords_are_sealed_for_the_printer(self):
+        with open(os.path.join(self.key_dir, "recipient-2048.sha256"), encoding="ascii") as digest:
+            recipient = bytes.fromhex(digest.read().strip())
+        header = self.production.header
+        for name, password in ((b'HOLDENCRYPTKEY="', SECURE_PASSWORD), (b'"@JOEP=', ACCOUNT_PASSWORD)):
+            with self.subTest(line=name):
+                fields = re.findall(re.escape(name) + rb'([^"]*)"', header)
+                self.assertEqual(1, len(fields), visible(header))
+                self.assertEqual(492, len(fields[0]))
+                digest, payload = open_sealed_field(self.key_dir, self.private_key, fields[0])
+                self.assertEqual(recipient, digest)
+                self.assertEqual(password.encode(), payload)
+
+    def test_production_postscript(self):
+        body = self.production.body
+        watermark = (b"pgsave restore /pgsave save store gsave\n"
+                     b"1.00 0.50 0.50 setrgbcolor\n"
+                     b"/Courier 48 selectfont\n"
+                     b"242.36 318.22 moveto\n"
+                     b"45 rotate\n"
+                     b"(CONFIDENTIAL) show\n"
+                     b"grestore\n"
+                     b"ep\n")
+        cases = [
+            ("the job's PostScript comes first", body.startswith(b"%!PS-Adobe-3.0\n"), True),
+            ("watermark prolog after %%BeginProlog",
+             body.count(b"%%BeginProlog\nuserdict/krfInfo 2 dict dup begin\n/krfpgsave 0 def\n"
+                        b"/krfbp{/krfpgsave save restore} bind def\n"), 1),
+            ("page save after each %%EndPageSetup", body.count(b"%%EndPageSetup\nkrfbp\n"), 2),
+            ("watermark before each ep", body.count(watermark), 2),
+            ("page one", body.count(b"(Page one) show\n"), 1),
+            ("page two", body.count(b"(Page two) show\n"), 1),
+            ("Ctrl-D ends the PostScript", body.endswith(b"%%EOF\n\x04"), True),
+            ("one Ctrl-D", body.count(b"\x04"), 1),
+        ]
+        for name, actual, expected in cases:
+            with self.subTest(name):
+                self.assertEqual(expected, actual, visible(body))
+
+    def test_production_trailer(self):
+        self.assertEqual(TRAILER, self.production.trailer)
+
+    # ---- The insertion-mode printer ----------------------------------------------------
+
+    def test_insertion_header_and_feature_lines(self):
+        stream = self.insertion
+        enter = stream.find(b"@PJL ENTER LANGUAGE=POSTSCRIPT\n")
+        self.assertGreater(enter, 0, visible(stream[:2000]))
+        lines = stream[:enter].splitlines(keepends=True)
+        header = [
+            UEL + b"@PJL SET STRINGCODESET=UTF8\n",
+            b"@PJL JOB MODE=PRINTER\r\n",
+            b'@PJL SET JOBATTR="@CNAM=' + socket.gethostname()[:32].encode() + b'"\n',
+            b'@PJL SET JOBATTR="@LUNA=alice"\n',
+            b'@PJL SET JOBATTR="@NLPP=N1"\n',
+            b'@PJL SET JOBATTR="@JOAU=alice"\r\n',
+            b'@PJL SET JOBATTR="@ACNA=Live job"\r\n',
+            b'@PJL SET JOBATTR="@DIND=PORTRAIT"\n',
+            # the toner saver choice also reaches the header as a job option
+            b"@PJL SET ECONOMODE=MODE2\n",
+            b"@PJL SET REDUCTIONRATE=0\n",
+            b"@PJL SET RENDERMODE=COLOR\n",
+        ]
+        match_lines(self, header, lines[:len(header)])
+        # Then the PJL of the feature code CUPS wrote, in CUPS's order: first
+        # the default of the grey balance option the PPD lacks, then a line
+        # for each chosen or default device setting.
+        features = lines[len(header):]
+        self.assertEqual(b'@PJL SET JOBATTR="@GRGU=OFF"\n', features[0] if features else None,
+                         visible(stream[:enter]))
+        density = {"AJCL": 1}
+        expected = [b"@PJL SET BITSPERPIXEL=8\n",
+                    b'@PJL SET JOBATTR="@TRAP=ON"\n',
+                    b'@PJL SET JOBATTR="@PSBR=-2"\n',
+                    b'@PJL SET JOBATTR="@RGBP=SRGB"\n',
+                    b'@PJL SET JOBATTR="@RGBG=18"\n',
+                    b"@PJL SET RET=ON\n",
+                    b"@PJL SET ECONOMODE=MODE2\n",
+                    b'@PJL SET JOBATTR="@BSPM=OFF"\n',
+                    b'@PJL SET JOBATTR="@DDPM=AUTO"\n',
+                    b'@PJL SET JOBATTR="@SBKP=OFF"\n']
+        for colour in "CMYK":
+            for band in "LMH":
+                name = "AJ" + colour + band
+                expected.append(b'@PJL SET JOBATTR="@%s=%d"\n' % (name.encode(), density.get(name, 3)))
+        self.assertEqual(sorted(expected), sorted(features[1:]), visible(stream[:enter]))
+
+        body = stream[enter:]
+        cases = [
+            ("PostScript follows the language switch",
+             body.startswith(b"@PJL ENTER LANGUAGE=POSTSCRIPT\n%!PS-Adobe-3.0\n"), True),
+            ("one language switch", stream.count(b"@PJL ENTER LANGUAGE=POSTSCRIPT\n"), 1),
+            ("feature code passes on", body.count(b"%%BeginFeature: *KRSetTrapMode True\n"), 1),
+            ("both pages", body.count(b"(Page two) show\n"), 1),
+            ("no Ctrl-D in this mode", body.count(b"\x04"), 0),
+            ("trailer", body.endswith(b"%%EOF\n" + TRAILER), True),
+        ]
+        for name, actual, expected in cases:
+            with self.subTest(name):
+                self.assertEqual(expected, actual, visible(body[-400:]))
+
+
+def main():
+    global ARGS
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--build", required=True)
+    parser.add_argument("--source", required=True)
+    ARGS, rest = parser.parse_known_args()
+    ARGS.build = os.path.abspath(ARGS.build)
+    ARGS.source = os.path.abspath(ARGS.source)
+    if os.geteuid() != 0:
+        # cupsd switches to the filter user for every filter, as root only.
+        print("SKIP: the live queue test runs a cupsd and needs root")
+        sys.exit(SKIPPED)
+    program = unittest.main(argv=[sys.argv[0]] + rest, exit=False, verbosity=2)
+    success = program.result.wasSuccessful()
+    if LiveQueueTest.root is not None:
+        if success:
+            shutil.rmtree(LiveQueueTest.root, ignore_errors=True)
+        else:
+            print("The private CUPS set-up stays in %s for a look." % LiveQueueTest.root)
+    sys.exit(0 if success else 1)
+
+
+if __name__ == "__main__":
+    main()

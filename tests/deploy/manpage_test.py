@@ -1,0 +1,123 @@
+"""pstozpjl(8): it formats without warnings, and it documents exactly the
+ticket keys and PPD keywords the filter's sources read.
+
+    manpage_test.py --build BUILD_DIR --source SOURCE_DIR
+"""
+
+import argparse
+import glob
+import os
+import re
+import sys
+import unittest
+
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+import cups_instance  # noqa: E402
+
+ARGS = None
+
+LITERAL = re.compile(r'"((?:[^"\\\n]|\\.)*)"')
+KEY_DOMAIN = re.compile(r"^com\.korvanel\.qd\.[a-z]+\.printsettings\.")
+# PPD keywords of the printers (choice names such as KR13x19 are not).
+PPD_KEYWORD = re.compile(r"^\*?(KR[A-Z][A-Za-z]+)$")
+
+
+def source_literals(source_dir):
+    """Every string literal in the filter's sources."""
+    literals = set()
+    for path in glob.glob(os.path.join(source_dir, "src", "**", "*.[ch]*"), recursive=True):
+        with open(path, encoding="utf-8", errors="replace") as source:
+            for line in source:
+                if line.lstrip().startswith("//"):
+                    continue
+                literals.update(LITERAL.findall(line))
+    return literals
+
+
+def ticket_names_in_sources(literals):
+    """Ticket key names (the part after the key domain) the sources hold."""
+    names = set()
+    for literal in literals:
+        if "Ticket" in literal and (KEY_DOMAIN.match(literal) or not literal.startswith("com.")):
+            name = KEY_DOMAIN.sub("", literal)
+            if name:
+                names.add(name)
+    return names
+
+
+def ppd_keywords_in_sources(literals):
+    return {m.group(1) for m in map(PPD_KEYWORD.match, literals) if m}
+
+
+def documented_names(page):
+    """(ticket key names after "jtz." or "etz.", bold words) of the page."""
+    keys, bold = set(), set()
+    for line in page.splitlines():
+        match = re.match(r"^\.IR [je]tz\. (\S+)", line)
+        if match:
+            keys.add(match.group(1))
+            continue
+        match = re.match(r"^\.BR? (\S+)", line)
+        if match:
+            bold.add(match.group(1).lstrip("*"))
+    return keys, bold
+
+
+class ManPageTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.page_path = os.path.join(ARGS.build, "man", "pstozpjl.8")
+        with open(cls.page_path, encoding="utf-8") as page:
+            cls.page = page.read()
+        cls.keys, cls.bold = documented_names(cls.page)
+        cls.literals = source_literals(ARGS.source)
+
+    def test_formats_without_warnings(self):
+        for device in ("utf8", "ps"):
+            with self.subTest(device):
+                result = cups_instance.run(["groff", "-man", "-ww", "-z", "-T" + device,
+                                            self.page_path], check=False)
+                self.assertEqual(0, result.returncode)
+                self.assertEqual(b"", result.stderr)
+
+    def test_has_the_sections_of_a_filter_page(self):
+        for section in ("NAME", "SYNOPSIS", "DESCRIPTION", "ARGUMENTS", "ENVIRONMENT",
+                        "PPD ATTRIBUTES", "JOB TICKET", "DEBUG JOB COPY", "EXIT STATUS",
+                        "FILES", "SEE ALSO"):
+            with self.subTest(section):
+                self.assertRegex(self.page, r'(?m)^\.SH "?%s"?$' % section)
+
+    def test_every_ticket_key_of_the_sources_is_documented(self):
+        names = ticket_names_in_sources(self.literals)
+        self.assertTrue(names)
+        self.assertEqual(set(), names - self.keys)
+
+    def test_every_documented_ticket_key_is_read_by_the_sources(self):
+        unknown = {key for key in self.keys if not any(key in lit for lit in self.literals)}
+        self.assertEqual(set(), unknown)
+
+    def test_every_ppd_keyword_of_the_sources_is_documented(self):
+        keywords = ppd_keywords_in_sources(self.literals)
+        self.assertIn("KRPSDecompMode", keywords)
+        self.assertEqual(set(), keywords - self.bold)
+
+    def test_debug_copy_paths_are_those_of_the_build(self):
+        paths = cups_instance.read_install_paths(ARGS.build)
+        for text in (paths["flag"], paths["legacy_pattern"]):
+            with self.subTest(text):
+                self.assertIn(text, self.page)
+
+
+def main():
+    global ARGS
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--build", required=True)
+    parser.add_argument("--source", required=True)
+    ARGS, rest = parser.parse_known_args()
+    ARGS.build = os.path.abspath(ARGS.build)
+    ARGS.source = os.path.abspath(ARGS.source)
+    unittest.main(argv=[sys.argv[0]] + rest, verbosity=2)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,139 @@
+"""The Debian package: cpack -G DEB builds it from the build tree; its
+metadata, its contents, and an install and removal with dpkg into a private
+root directory (the machine's own package database is not touched).
+
+    package_test.py --build BUILD_DIR --source SOURCE_DIR
+"""
+
+import argparse
+import glob
+import os
+import re
+import shutil
+import subprocess
+import sys
+import unittest
+
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+import cups_instance  # noqa: E402
+
+ARGS = None
+PACKAGE = "pstozpjl"
+
+
+def package_of(library_path):
+    """The installed Debian package that ships `library_path`."""
+    result = cups_instance.run(["dpkg-query", "-S", os.path.realpath(library_path)], check=False)
+    if result.returncode != 0:
+        result = cups_instance.run(["dpkg-query", "-S", library_path])
+    return result.stdout.decode().split(":")[0]
+
+
+def needed_libraries(binary):
+    """{soname: resolved path} of the shared libraries `binary` links."""
+    output = cups_instance.run(["ldd", binary]).stdout.decode()
+    needed = set(re.findall(r"(?m)^\s+NEEDED\s+(\S+)$",
+                            cups_instance.run(["objdump", "-p", binary]).stdout.decode()))
+    resolved = {}
+    for soname, path in re.findall(r"(?m)^\s*(\S+) => (/\S+)", output):
+        if soname in needed:
+            resolved[soname] = path
+    return resolved
+
+
+class PackageTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.work = cups_instance.private_directory(ARGS.build, "package-")
+        cls.addClassCleanup(shutil.rmtree, cls.work, True)
+        cups_instance.run(["cpack", "-G", "DEB", "--config",
+                           os.path.join(ARGS.build, "CPackConfig.cmake"), "-B", cls.work],
+                          timeout=600)
+        debs = glob.glob(os.path.join(cls.work, "*.deb"))
+        assert len(debs) == 1, debs
+        cls.deb = debs[0]
+        cls.paths = cups_instance.read_install_paths(ARGS.build)
+        prefix = cls.paths["prefix"]
+        cls.expected = {
+            os.path.join(prefix, cls.paths["filter_dir"], "pstozpjl"): "-rwxr-xr-x",
+            os.path.join(prefix, cls.paths["man_dir"], "pstozpjl.8"): "-rw-r--r--",
+        }
+        for ppd in sorted(glob.glob(os.path.join(ARGS.source, "ppd", "*.ppd"))):
+            cls.expected[os.path.join(prefix, cls.paths["model_dir"], os.path.basename(ppd))] = \
+                "-rw-r--r--"
+
+    def field(self, name):
+        return cups_instance.run(["dpkg-deb", "--field", self.deb, name]).stdout.decode().strip()
+
+    def test_metadata(self):
+        cases = [("Package", PACKAGE), ("Version", self.paths["version"]),
+                 ("Architecture", cups_instance.run(["dpkg", "--print-architecture"])
+                  .stdout.decode().strip()),
+                 ("Section", "text")]
+        for name, value in cases:
+            with self.subTest(name):
+                self.assertEqual(value, self.field(name))
+
+    def test_depends_on_cups_and_on_every_library_the_filter_links(self):
+        depends = {re.split(r"[ (]", d.strip())[0] for d in self.field("Depends").split(",")}
+        filter_path = os.path.join(ARGS.build, "pstozpjl")
+        wanted = {"cups-daemon", "cups-filters"}
+        wanted.update(package_of(path) for path in needed_libraries(filter_path).values())
+        self.assertIn("libcups2", wanted)
+        for package in sorted(wanted):
+            with self.subTest(package):
+                self.assertIn(package, depends)
+
+    def test_contents(self):
+        listing = cups_instance.run(["dpkg-deb", "--contents", self.deb]).stdout.decode()
+        files = {}
+        for line in listing.splitlines():
+            mode, owner, _, _, _, path = line.split(None, 5)
+            if not mode.startswith("d"):
+                files[path[1:]] = (mode, owner)
+            else:
+                with self.subTest(directory=path):
+                    self.assertEqual(("drwxr-xr-x", "root/root"), (mode, owner))
+        self.assertEqual({path: (mode, "root/root") for path, mode in self.expected.items()}, files)
+
+    def test_installs_and_removes_cleanly(self):
+        root = os.path.join(self.work, "root")
+        admin = os.path.join(root, "var", "lib", "dpkg")
+        for sub in ("info", "updates", "triggers"):
+            os.makedirs(os.path.join(admin, sub))
+        for name in ("status", "available"):
+            open(os.path.join(admin, name), "w").close()
+        dpkg = ["dpkg", "--root=" + root, "--force-depends", "--force-not-root"]
+
+        cups_instance.run(dpkg + ["--install", self.deb])
+        status = cups_instance.run(["dpkg-query", "--admindir=" + admin, "-W",
+                                    "-f=${Status}", PACKAGE]).stdout.decode()
+        self.assertEqual("install ok installed", status)
+        for path, mode in self.expected.items():
+            with self.subTest(installed=path):
+                self.assertEqual(mode, subprocess.run(
+                    ["stat", "-c", "%A", root + path], stdout=subprocess.PIPE,
+                    check=True).stdout.decode().strip())
+
+        cups_instance.run(dpkg + ["--remove", PACKAGE])
+        status = cups_instance.run(["dpkg-query", "--admindir=" + admin, "-W",
+                                    "-f=${Status}", PACKAGE], check=False).stdout.decode()
+        self.assertNotIn("installed", status.replace("not-installed", ""))
+        left = [os.path.join(d, n) for d, dirs, files in os.walk(root)
+                for n in dirs + files if not os.path.join(d, n).startswith(os.path.join(root, "var"))]
+        self.assertEqual([], left)
+
+
+def main():
+    global ARGS
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--build", required=True)
+    parser.add_argument("--source", required=True)
+    ARGS, rest = parser.parse_known_args()
+    ARGS.build = os.path.abspath(ARGS.build)
+    ARGS.source = os.path.abspath(ARGS.source)
+    unittest.main(argv=[sys.argv[0]] + rest, verbosity=2)
+
+
+if __name__ == "__main__":
+    main()
