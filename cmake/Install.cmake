@@ -62,6 +62,21 @@ configure_file("${CMAKE_SOURCE_DIR}/man/pstozpjl.8.in" "${CMAKE_BINARY_DIR}/man/
 install(FILES "${CMAKE_BINARY_DIR}/man/pstozpjl.8"
         DESTINATION "${CMAKE_INSTALL_MANDIR}/man8"
         PERMISSIONS ${_zpjl_data_mode})
+# The stream inspector is a command for the people who run the printers,
+# with its manual page and the schema of its JSON output.
+install(TARGETS zpjl-inspect
+        RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}"
+        PERMISSIONS ${_zpjl_exec_mode})
+install(FILES "${CMAKE_SOURCE_DIR}/docs/zpjl-inspect-schema.json"
+        DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+        PERMISSIONS ${_zpjl_data_mode})
+zpjl_absolute_install_dir(ZPJL_MAN_SCHEMA "${CMAKE_INSTALL_DOCDIR}/zpjl-inspect-schema.json")
+configure_file("${CMAKE_SOURCE_DIR}/man/zpjl-inspect.1.in" "${CMAKE_BINARY_DIR}/man/zpjl-inspect.1"
+               @ONLY)
+install(FILES "${CMAKE_BINARY_DIR}/man/zpjl-inspect.1"
+        DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
+        PERMISSIONS ${_zpjl_data_mode})
+
 file(GLOB ZPJL_SAMPLE_PPDS CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/ppd/*.ppd")
 install(FILES ${ZPJL_SAMPLE_PPDS}
         DESTINATION "${ZPJL_CUPS_MODEL_DIR}"
@@ -75,5 +90,8 @@ file(WRITE "${CMAKE_BINARY_DIR}/install-paths.txt"
      "filter_dir=${ZPJL_CUPS_FILTER_DIR}\n"
      "model_dir=${ZPJL_CUPS_MODEL_DIR}\n"
      "man_dir=${CMAKE_INSTALL_MANDIR}/man8\n"
+     "bin_dir=${CMAKE_INSTALL_BINDIR}\n"
+     "man1_dir=${CMAKE_INSTALL_MANDIR}/man1\n"
+     "doc_dir=${CMAKE_INSTALL_DOCDIR}\n"
      "flag=${ZPJL_JOBCOPY_FLAG}\n"
      "legacy_pattern=${ZPJL_LEGACY_JOBCOPY_PATTERN}\n")

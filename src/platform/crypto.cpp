@@ -4,6 +4,7 @@
 #include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
+#include <openssl/pem.h>
 #include <openssl/rand.h>
 #include <openssl/rsa.h>
 #include <openssl/x509.h>
@@ -17,11 +18,17 @@ namespace {
 // The library takes int lengths; anything near INT_MAX is refused up front.
 constexpr size_t kMaxLibraryLength = static_cast<size_t>(INT_MAX) - 64;
 
+struct PkeyFree {
+  void operator()(EVP_PKEY* key) const { EVP_PKEY_free(key); }
+};
 struct PkeyCtxFree {
   void operator()(EVP_PKEY_CTX* ctx) const { EVP_PKEY_CTX_free(ctx); }
 };
 struct CipherCtxFree {
   void operator()(EVP_CIPHER_CTX* ctx) const { EVP_CIPHER_CTX_free(ctx); }
+};
+struct BioFree {
+  void operator()(BIO* bio) const { BIO_free(bio); }
 };
 struct EncodeCtxFree {
   void operator()(EVP_ENCODE_CTX* ctx) const { EVP_ENCODE_CTX_free(ctx); }
@@ -42,6 +49,29 @@ void TakeLibraryError(CryptoError* error, const char* fallback) {
     error->description = fallback;
   }
   ERR_clear_error();
+}
+
+// Reads an unencrypted RSA private key from PEM text; fills `error` when
+// the text holds none. A passphrase is never asked for.
+std::unique_ptr<EVP_PKEY, PkeyFree> ReadRsaPrivateKey(const std::string& pem, CryptoError* error) {
+  std::unique_ptr<EVP_PKEY, PkeyFree> key;
+  if (pem.empty() || pem.size() > kMaxLibraryLength) {
+    error->code = kCryptoInvalidParameter;
+    error->description = "no private key text";
+    return key;
+  }
+  std::unique_ptr<BIO, BioFree> bio(BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size())));
+  static char kNoPassphrase[] = "";
+  if (bio) key.reset(PEM_read_bio_PrivateKey(bio.get(), nullptr, nullptr, kNoPassphrase));
+  if (!key) {
+    TakeLibraryError(error, "the text holds no unencrypted PEM private key");
+    return key;
+  }
+  if (EVP_PKEY_get_base_id(key.get()) != EVP_PKEY_RSA) {
+    key.reset();
+    TakeLibraryError(error, "the key is not an RSA key");
+  }
+  return key;
 }
 
 // The cipher for a key length, fetched from the library's provider once:
@@ -246,6 +276,44 @@ bool CryptoRsaOaepSha256Encrypt(const uint8_t* spkiDer, size_t derLength, const 
   }
   sealed.resize(length);
   *out = std::move(sealed);
+  return true;
+}
+
+bool CryptoCheckRsaPrivateKey(const std::string& privateKeyPem, CryptoError* error) {
+  *error = CryptoError();
+  return ReadRsaPrivateKey(privateKeyPem, error) != nullptr;
+}
+
+bool CryptoRsaOaepSha256Decrypt(const std::string& privateKeyPem, const void* in, size_t inLength,
+                                std::vector<uint8_t>* out, CryptoError* error) {
+  out->clear();
+  *error = CryptoError();
+  if (in == nullptr || inLength == 0 || inLength > kMaxLibraryLength) {
+    error->code = kCryptoInvalidParameter;
+    error->description = "no ciphertext";
+    return false;
+  }
+  std::unique_ptr<EVP_PKEY, PkeyFree> key = ReadRsaPrivateKey(privateKeyPem, error);
+  if (!key) return false;
+  std::unique_ptr<EVP_PKEY_CTX, PkeyCtxFree> ctx(EVP_PKEY_CTX_new(key.get(), nullptr));
+  const auto* input = static_cast<const unsigned char*>(in);
+  size_t length = 0;
+  if (!ctx || EVP_PKEY_decrypt_init(ctx.get()) != 1 ||
+      EVP_PKEY_CTX_set_rsa_padding(ctx.get(), RSA_PKCS1_OAEP_PADDING) != 1 ||
+      EVP_PKEY_CTX_set_rsa_oaep_md(ctx.get(), EVP_sha256()) != 1 ||
+      EVP_PKEY_CTX_set_rsa_mgf1_md(ctx.get(), EVP_sha256()) != 1 ||
+      EVP_PKEY_decrypt(ctx.get(), nullptr, &length, input, inLength) != 1) {
+    TakeLibraryError(error, "the RSA operation could not be set up");
+    return false;
+  }
+  std::vector<uint8_t> plain(length);
+  if (EVP_PKEY_decrypt(ctx.get(), plain.data(), &length, input, inLength) != 1) {
+    OPENSSL_cleanse(plain.data(), plain.size());
+    TakeLibraryError(error, "the RSA decryption failed (another key, or damaged data)");
+    return false;
+  }
+  plain.resize(length);
+  *out = std::move(plain);
   return true;
 }
 

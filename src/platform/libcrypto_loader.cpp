@@ -20,6 +20,7 @@
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
 #include <openssl/opensslv.h>
+#include <openssl/pem.h>
 #include <openssl/rand.h>
 #include <openssl/rsa.h>
 #include <openssl/x509.h>
@@ -122,6 +123,17 @@ ZPJL_FORWARD(int, EVP_PKEY_CTX_set_rsa_oaep_md, (EVP_PKEY_CTX * ctx, const EVP_M
 ZPJL_FORWARD(int, EVP_PKEY_CTX_set_rsa_mgf1_md, (EVP_PKEY_CTX * ctx, const EVP_MD* md), (ctx, md),
              0)
 ZPJL_FORWARD(int, EVP_PKEY_encrypt,
+             (EVP_PKEY_CTX * ctx, unsigned char* out, size_t* outlen, const unsigned char* in,
+              size_t inlen),
+             (ctx, out, outlen, in, inlen), 0)
+
+// RSA-OAEP with a private key read from PEM text (reading a print stream back).
+ZPJL_FORWARD(BIO*, BIO_new_mem_buf, (const void* buf, int len), (buf, len), nullptr)
+ZPJL_FORWARD(int, BIO_free, (BIO * a), (a), 0)
+ZPJL_FORWARD(EVP_PKEY*, PEM_read_bio_PrivateKey,
+             (BIO * bp, EVP_PKEY** x, pem_password_cb* cb, void* u), (bp, x, cb, u), nullptr)
+ZPJL_FORWARD(int, EVP_PKEY_decrypt_init, (EVP_PKEY_CTX * ctx), (ctx), 0)
+ZPJL_FORWARD(int, EVP_PKEY_decrypt,
              (EVP_PKEY_CTX * ctx, unsigned char* out, size_t* outlen, const unsigned char* in,
               size_t inlen),
              (ctx, out, outlen, in, inlen), 0)

@@ -9,12 +9,12 @@
 
 namespace {
 
-constexpr uint32_t kContentKeyLength = 32;
-constexpr uint32_t kSaltLength = 32;
+constexpr uint32_t kContentKeyLength = kSecBlobContentKeyLength;
+constexpr uint32_t kSaltLength = kSecBlobSaltLength;
 constexpr uint32_t kAesKeyLength = 32;
-constexpr uint32_t kCbcIvLength = 16;
-constexpr uint32_t kReservedModeIvLength = 12;
-constexpr uint32_t kReservedModeTagLength = 16;
+constexpr uint32_t kCbcIvLength = kSecBlobCbcIvLength;
+constexpr uint32_t kReservedModeIvLength = kSecBlobReservedModeIvLength;
+constexpr uint32_t kReservedModeTagLength = kSecBlobReservedModeTagLength;
 constexpr size_t kRsaDescriptionRoom = 512;
 
 // Numbers of the failure messages, so a report names the step that failed.
@@ -244,14 +244,14 @@ uint32_t SecBlobEnc_KT_Encrypt(uint32_t aesMode, uint32_t keyType, const uint8_t
   if (total > *outLength) return kSecBlobInvalidArgument;
   uint8_t* at = out;
   memset(at, 0, kSecBlobHeaderLength);
-  at[0] = 0x08;
-  at[1] = 0x01;
-  PutLE32(at + 2, cipherLength);
-  PutLE32(at + 6, total);
-  at[10] = static_cast<uint8_t>(aesMode);
-  at[11] = static_cast<uint8_t>(keyType);
-  memcpy(at + 16, digest, 32);
-  memcpy(at + 48, salt, kSaltLength);
+  at[0] = kSecBlobMagic[0];
+  at[1] = kSecBlobMagic[1];
+  PutLE32(at + kSecBlobCipherLengthOffset, cipherLength);
+  PutLE32(at + kSecBlobTotalLengthOffset, total);
+  at[kSecBlobAesModeOffset] = static_cast<uint8_t>(aesMode);
+  at[kSecBlobKeyTypeOffset] = static_cast<uint8_t>(keyType);
+  memcpy(at + kSecBlobDigestOffset, digest, kSecBlobDigestLength);
+  memcpy(at + kSecBlobSaltOffset, salt, kSaltLength);
   at += kSecBlobHeaderLength;
   memcpy(at, wrappedKey, wrappedLength);
   at += wrappedLength;

@@ -36,6 +36,21 @@ constexpr uint32_t kSecBlobKeyType3072 = 1;
 constexpr uint32_t kSecBlobMaxPayload = 99500;
 // Fixed part of a blob: header, digest and salt.
 constexpr uint32_t kSecBlobHeaderLength = 80;
+// Where the fields of the layout above are, for writers and readers alike.
+constexpr uint8_t kSecBlobMagic[2] = {0x08, 0x01};
+constexpr uint32_t kSecBlobCipherLengthOffset = 2;
+constexpr uint32_t kSecBlobTotalLengthOffset = 6;
+constexpr uint32_t kSecBlobAesModeOffset = 10;
+constexpr uint32_t kSecBlobKeyTypeOffset = 11;
+constexpr uint32_t kSecBlobReservedOffset = 12;  // four zero bytes
+constexpr uint32_t kSecBlobDigestOffset = 16;
+constexpr uint32_t kSecBlobDigestLength = 32;
+constexpr uint32_t kSecBlobSaltOffset = 48;
+constexpr uint32_t kSecBlobSaltLength = 32;
+constexpr uint32_t kSecBlobContentKeyLength = 32;
+constexpr uint32_t kSecBlobCbcIvLength = 16;
+constexpr uint32_t kSecBlobReservedModeIvLength = 12;
+constexpr uint32_t kSecBlobReservedModeTagLength = 16;
 // Room for the wrapped content key (an RSA key of up to 4096 bits).
 constexpr uint32_t kSecBlobWrappedKeyRoom = 512;
 

@@ -1,5 +1,6 @@
-"""cmake --install: where the filter, its manual page and the sample PPDs go,
-with which modes, under DESTDIR and under another prefix.
+"""cmake --install: where the filter, the stream inspector, their manual
+pages, the inspector's JSON schema and the sample PPDs go, with which modes,
+under DESTDIR and under another prefix.
 
     install_test.py --build BUILD_DIR --source SOURCE_DIR
 """
@@ -47,13 +48,17 @@ class InstallTest(unittest.TestCase):
                 path = os.path.join(prefix, path[len("/usr/"):])
             return path.lstrip("/")
 
+        share = os.path.join(prefix.lstrip("/"), "share")
         layout = {os.path.join(under(serverbin), "filter", "pstozpjl"): 0o755,
-                  os.path.join(prefix.lstrip("/"), "share", "man", "man8", "pstozpjl.8"): 0o644}
+                  os.path.join(share, "man", "man8", "pstozpjl.8"): 0o644,
+                  os.path.join(prefix.lstrip("/"), "bin", "zpjl-inspect"): 0o755,
+                  os.path.join(share, "man", "man1", "zpjl-inspect.1"): 0o644,
+                  os.path.join(share, "doc", "pstozpjl", "zpjl-inspect-schema.json"): 0o644}
         for name in SAMPLE_PPDS:
             layout[os.path.join(under(datadir), "model", "pstozpjl", name)] = 0o644
         return layout
 
-    def test_installs_exactly_the_filter_manual_and_sample_ppds(self):
+    def test_installs_exactly_the_filter_inspector_manuals_schema_and_sample_ppds(self):
         cases = [
             ("default prefix", None, self.paths["prefix"]),
             ("another prefix", "/opt/zpjl", "/opt/zpjl"),
@@ -89,6 +94,21 @@ class InstallTest(unittest.TestCase):
             with self.subTest(name), open(os.path.join(ARGS.source, "ppd", name), "rb") as source, \
                     open(installation.ppd(name), "rb") as installed:
                 self.assertEqual(source.read(), installed.read())
+
+    def test_inspector_manual_page_names_the_installed_schema(self):
+        for name, prefix in (("default prefix", None), ("another prefix", "/opt/zpjl")):
+            with self.subTest(name):
+                destdir = os.path.join(self.work, "inspect-" + name.replace(" ", "-"))
+                cups_instance.install(ARGS.build, destdir, prefix=prefix)
+                effective = prefix or self.paths["prefix"]
+                with open(os.path.join(destdir + effective, self.paths["man1_dir"],
+                                       "zpjl-inspect.1"), encoding="utf-8") as page:
+                    text = page.read()
+                self.assertNotRegex(text, r"@[A-Z_]+@", "unexpanded placeholder")
+                # The page of a build names where that build puts the schema.
+                schema = os.path.join(self.paths["prefix"], self.paths["doc_dir"],
+                                      "zpjl-inspect-schema.json")
+                self.assertIn(schema, text)
 
     def test_manual_page_names_the_installed_paths(self):
         installation = cups_instance.install(ARGS.build, os.path.join(self.work, "man"))

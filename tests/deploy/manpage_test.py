@@ -1,5 +1,7 @@
 """pstozpjl(8): it formats without warnings, and it documents exactly the
-ticket keys and PPD keywords the filter's sources read.
+ticket keys and PPD keywords the filter's sources read. zpjl-inspect(1): it
+formats without warnings and documents every option and exit status of the
+command.
 
     manpage_test.py --build BUILD_DIR --source SOURCE_DIR
 """
@@ -106,6 +108,34 @@ class ManPageTest(unittest.TestCase):
         for text in (paths["flag"], paths["legacy_pattern"]):
             with self.subTest(text):
                 self.assertIn(text, self.page)
+
+
+class InspectManPageTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.page_path = os.path.join(ARGS.build, "man", "zpjl-inspect.1")
+        with open(cls.page_path, encoding="utf-8") as page:
+            cls.page = page.read()
+        usage = cups_instance.run([os.path.join(ARGS.build, "zpjl-inspect"), "--help"])
+        cls.usage = usage.stdout.decode()
+
+    def test_formats_without_warnings(self):
+        for device in ("utf8", "ps"):
+            with self.subTest(device):
+                result = cups_instance.run(["groff", "-man", "-ww", "-z", "-T" + device,
+                                            self.page_path], check=False)
+                self.assertEqual(0, result.returncode)
+                self.assertEqual(b"", result.stderr)
+
+    def test_documents_every_option_and_exit_status_of_the_command(self):
+        options = set(re.findall(r"--[a-z][a-z-]*", self.usage))
+        self.assertIn("--show-secrets", options)
+        for option in sorted(options):
+            with self.subTest(option):
+                self.assertIn(option.replace("-", "\\-"), self.page)
+        for status in re.findall(r"(\d) [a-z]", self.usage.split("Exit status:")[1]):
+            with self.subTest(status=status):
+                self.assertRegex(self.page, r"(?m)^\.B %s$" % status)
 
 
 def main():

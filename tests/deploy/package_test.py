@@ -66,6 +66,9 @@ class PackageTest(unittest.TestCase):
         cls.expected = {
             os.path.join(prefix, cls.paths["filter_dir"], "pstozpjl"): "-rwxr-xr-x",
             os.path.join(prefix, cls.paths["man_dir"], "pstozpjl.8"): "-rw-r--r--",
+            os.path.join(prefix, cls.paths["bin_dir"], "zpjl-inspect"): "-rwxr-xr-x",
+            os.path.join(prefix, cls.paths["man1_dir"], "zpjl-inspect.1"): "-rw-r--r--",
+            os.path.join(prefix, cls.paths["doc_dir"], "zpjl-inspect-schema.json"): "-rw-r--r--",
         }
         for ppd in sorted(glob.glob(os.path.join(ARGS.source, "ppd", "*.ppd"))):
             cls.expected[os.path.join(prefix, cls.paths["model_dir"], os.path.basename(ppd))] = \

@@ -1,0 +1,569 @@
+// zpjl-inspect on what the filter really writes: jobs that ask for each
+// feature go through the built filter, and the inspector must report every
+// attribute, page and inserted fragment the job asked for, in the JSON
+// schema it documents. Broken streams must be reported as malformed, and
+// usage errors as such.
+#include <cups/ppd.h>
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "filter_runner.h"
+#include "frame/ppd_queries.h"
+#include "inspect/inspect_cli.h"
+#include "inspect/stream_inspection.h"
+#include "sealed_blob.h"
+#include "sealed_fields.h"
+
+namespace {
+
+const std::string kSchema = std::string(ZPJL_SOURCE_DIR) + "/docs/zpjl-inspect-schema.json";
+const char kPython[] = "/usr/bin/python3";
+
+std::string Key(const std::string& suffix, const std::string& value) {
+  return " com.korvanel.qd.jtz.printsettings." + suffix + "=" + value;
+}
+
+// One line the job must produce, found in this order among the header lines.
+struct Want {
+  LineGroup group;
+  const char* name;
+  const char* value;            // nullptr: any value
+  const char* opens = nullptr;  // a sealed field: the payload the test key opens it to
+};
+
+struct RoundTrip {
+  const char* name;
+  const char* ppd;
+  std::string options;
+  std::vector<Want> header;
+  std::vector<std::string> insertion;  // names of the insertion mode's PJL, in order
+  int pages;
+  std::map<std::string, int> fragments;  // kind, how many
+  std::string input = "";  // PostScript on standard input; empty: the two-page sample job
+};
+void PrintTo(const RoundTrip& c, std::ostream* os) { *os << c.name; }
+
+std::string Findings(const StreamReport& report) {
+  std::string text;
+  for (const Finding& finding : report.findings) text += "  " + finding.text + "\n";
+  return text;
+}
+
+FilterRun RunJob(const std::string& ppd, const std::string& options, const std::string& input) {
+  FilterJob job;
+  job.ppd = Fixture(ppd);
+  job.title = "Quarterly report";
+  job.options = "number-up=1" + options;
+  if (input.empty()) {
+    job.file = Fixture("ps/app-letter-2page.ps");
+  } else {
+    job.input = input;
+  }
+  return RunFilter(job);
+}
+
+FilterRun RunInspector(const std::vector<std::string>& args, const std::string& input) {
+  FilterJob job;
+  job.filter = ZPJL_INSPECT;
+  job.argv = args;
+  job.input = input;
+  return RunFilter(job);
+}
+
+// Validates `json` against the documented schema with python3's jsonschema.
+// Returns "" when it holds, "skip" without the module, else the reason.
+std::string SchemaProblem(const std::string& json) {
+  FilterJob job;
+  job.filter = kPython;
+  job.argv = std::vector<std::string>{
+      "-c",
+      "import json, sys\n"
+      "try:\n    import jsonschema\nexcept ImportError:\n    sys.exit(77)\n"
+      "jsonschema.validate(json.load(sys.stdin), json.load(open(sys.argv[1])))\n",
+      kSchema};
+  job.input = json;
+  FilterRun run = RunFilter(job);
+  if (run.status == 77) return "skip";
+  return run.status == 0 ? "" : run.err;
+}
+
+OpeningKey TestKey() { return {ReadFile(TestPrivateKeyPath2048()), true}; }
+
+class InspectRoundTrip : public ::testing::TestWithParam<RoundTrip> {};
+
+TEST_P(InspectRoundTrip, ReportsWhatTheJobAskedFor) {
+  const RoundTrip& c = GetParam();
+  FilterRun run = RunJob(c.ppd, c.options, c.input);
+  ASSERT_EQ(run.status, 0) << run.err;
+  InspectOptions options;
+  options.key = TestKey();
+  const StreamReport report = InspectStream(run.out, options);
+  EXPECT_FALSE(report.Malformed()) << Findings(report) << Visible(run.out);
+
+  for (const HeaderLine& line : report.header) {
+    EXPECT_NE(line.meaning.group, LineGroup::kUnknown)
+        << line.lineNumber << ": " << line.parsed.name;
+    EXPECT_TRUE(line.problems.empty()) << line.parsed.name << ": " << line.problems.front();
+    EXPECT_NE(line.meaning.words, nullptr) << line.parsed.name;
+  }
+  size_t next = 0;
+  for (const Want& want : c.header) {
+    auto found =
+        std::find_if(report.header.begin() + static_cast<std::ptrdiff_t>(next), report.header.end(),
+                     [&](const HeaderLine& line) {
+                       return line.parsed.name == want.name && line.meaning.group == want.group;
+                     });
+    ASSERT_NE(found, report.header.end()) << want.name << " (in order)\n" << Visible(run.out);
+    next = static_cast<size_t>(found - report.header.begin()) + 1;
+    if (want.opens != nullptr) {
+      ASSERT_TRUE(found->sealed) << want.name;
+      EXPECT_TRUE(found->sealed->blob) << want.name;
+      EXPECT_TRUE(found->sealed->digestMatches) << want.name;
+      EXPECT_TRUE(found->sealed->opened) << want.name << ": " << found->sealed->openError;
+      EXPECT_EQ(found->sealed->payload, want.opens) << want.name;
+    } else {
+      EXPECT_FALSE(found->sealed) << want.name;
+    }
+    if (want.value != nullptr) {
+      EXPECT_EQ(found->parsed.value, want.value) << want.name;
+    }
+  }
+
+  std::vector<std::string> insertion;
+  for (const HeaderLine& line : report.insertion) {
+    insertion.push_back(line.parsed.name);
+    EXPECT_EQ(line.meaning.group, LineGroup::kInsertion) << line.parsed.name;
+  }
+  EXPECT_EQ(insertion, c.insertion);
+  EXPECT_EQ(report.mode, c.insertion.empty() ? StreamMode::kPassThrough : StreamMode::kInsertion);
+
+  ASSERT_TRUE(report.postscript);
+  EXPECT_EQ(report.postscript->pages, c.pages);
+  std::map<std::string, int> fragments;
+  for (const Fragment& fragment : report.postscript->fragments) {
+    ++fragments[fragment.kind];
+    EXPECT_TRUE(fragment.complete) << fragment.kind;
+    EXPECT_FALSE(fragment.anchor.empty()) << fragment.kind << " at " << fragment.line;
+    if (fragment.kind == "watermark-text") {
+      EXPECT_EQ(fragment.page, fragments[fragment.kind]);
+    }
+  }
+  EXPECT_EQ(fragments, c.fragments);
+
+  // The command says the same in its JSON document, in the documented schema.
+  FilterRun json = RunInspector({"--json", "--key", TestPrivateKeyPath2048()}, run.out);
+  EXPECT_EQ(json.status, kExitWellFormed) << json.err;
+  const std::string problem = SchemaProblem(json.out);
+  if (problem == "skip") GTEST_SKIP() << "python3 has no jsonschema module";
+  EXPECT_EQ(problem, "") << json.out;
+}
+
+const std::string kHold = StoredPasswordText("quokka");
+const std::string kOwner = StoredPasswordText("pw100");
+const std::string kBox = StoredPasswordText("0042");
+
+const std::string kWatermark =
+    Key("WMARKNameTicket", "Draft") + Key("WMARKTypeTicket", "0") +
+    Key("WMARKTextTicket", "(DRAFT)") + Key("WMARKFontTicket", "Courier") +
+    Key("WMARKFontSizeTicket", "48") + Key("WMARKOrientationTicket", "1") +
+    Key("WMARKPaperWidthTicket", "612") + Key("WMARKPaperHeightTicket", "792") +
+    Key("WMARKAngleTicket", "45") + Key("WMARKDensityTicket", "50") +
+    Key("WMARKOnlyFirstTicket", "0") + Key("WMARKWidthTicket", "200") +
+    Key("WMARKHeightTicket", "20");
+
+// PostScript with PPD feature code, for the insertion mode.
+const std::string kFeatureJob =
+    "%!PS-Adobe-3.0\n%%Pages: 2\n%%EndComments\n%%BeginProlog\n%%EndProlog\n%%BeginSetup\n"
+    "[{\n%%BeginFeature: *KRSetTrapMode True\n%%EndFeature\n} stopped cleartomark\n"
+    "[{\n%%BeginFeature: *KROutputMode 1200x1200\n%%EndFeature\n} stopped cleartomark\n"
+    "%%EndSetup\nbp\nep\nbp\nep\n%%EOF\n";
+
+using G = LineGroup;
+
+INSTANTIATE_TEST_SUITE_P(
+    Jobs, InspectRoundTrip,
+    ::testing::Values(
+        RoundTrip{
+            "SecurePrintWithAccounting",
+            "ppd/modules-utf8.ppd",
+            Key("PrintTypeTicketKey", "2") + Key("PrintTypeUserNameTicketKey", "alice") +
+                Key("PrintTypePasswordTicketKey", kHold) + Key("DocumentNameTypeTicketKey", "1") +
+                Key("JBAManageTypeListTicketKey", "2") + Key("JBAUserSettingRadioBtnTicket", "1") +
+                Key("JBAUserIDListCtrlTicket", "2") + Key("JBAUserIDTextEditTicket", "u100") +
+                Key("JBAUserPasswordTextEditTicket", kOwner) +
+                Key("JBAAccountIDTextEditTicket", "acct7") + Key("JBAInfoListTicketKey", "0"),
+            {{G::kEnvelope, "STRINGCODESET", "UTF8"},
+             {G::kEnvelope, "JOB MODE", "PRINTER"},
+             {G::kPrintType, "HOLD", "STORE"},
+             {G::kPrintType, "HOLDTYPE", "PRIVATE"},
+             {G::kPrintType, "USERNAME", "alice"},
+             {G::kPrintType, "HOLDENCRYPTKEY", nullptr, "quokka"},
+             {G::kPrintType, "JOBNAME", "Quarterly report"},
+             {G::kAccounting, "@CNAM", nullptr},
+             {G::kAccounting, "@LUNA", "alice"},
+             {G::kAccounting, "@NLPP", nullptr},
+             {G::kAccounting, "@JOAU", "u100"},
+             {G::kAccounting, "@JOEP", nullptr, "pw100"},
+             {G::kAccounting, "@DAID", "acct7"},
+             {G::kAccounting, "@ACNA", "Quarterly report"},
+             {G::kEnvelope, "ENTER LANGUAGE", "POSTSCRIPT"}},
+            {},
+            2,
+            {}},
+        RoundTrip{"MailboxOnALegacyPrinter",
+                  "ppd/legacy-mono.ppd",
+                  Key("PrintTypeTicketKey", "5") + Key("PrintTypeMBNTicketKey", "12") +
+                      Key("PrintTypeMBNPasswordTicketKey", kBox),
+                  {{G::kEnvelope, "JOB MODE", "PRINTER"},
+                   {G::kPrintType, "HOLD", "BOXSTORE"},
+                   {G::kPrintType, "HOLDTYPE", "PRIVATE"},
+                   {G::kPrintType, "BOXNUMBER", "12"},
+                   {G::kPrintType, "BOXENCRYPTKEY", nullptr, "0042"},
+                   {G::kJobInformation, "VERSION", "1.3.0"},
+                   {G::kJobInformation, "END", nullptr}},
+                  {},
+                  2,
+                  {}},
+        RoundTrip{"DelayedPrintAndDeviceSettings",
+                  "ppd/modules-utf8.ppd",
+                  Key("PrintTypeTicketKey", "4") + Key("DelayPrintTicketKey", "1230") +
+                      Key("DocumentNameTypeTicketKey", "2") + Key("DocumentNameTicketKey", "Plan") +
+                      " KRTonerSaver=Mode2 KRLineWeightAdjustment=Strongly2 KRColorMode=Color",
+                  {{G::kPrintType, "JOBNAME", "Plan"},
+                   {G::kPrintType, "@PRTM", "1230"},
+                   {G::kDeviceSettings, "ECONOMODE", "MODE2"},
+                   {G::kDeviceSettings, "REDUCTIONRATE", "0"},
+                   {G::kDeviceSettings, "@LWAD", "-2"},
+                   {G::kDeviceSettings, "RENDERMODE", "COLOR"}},
+                  {},
+                  2,
+                  {}},
+        RoundTrip{"FinishingWithSeparatorPagesAndAutoFit",
+                  "ppd/modules-utf8.ppd",
+                  Key("TabMarginSwitchTicket", "1") + Key("TabMarginMMShiftTicket", "12") +
+                      Key("NumInSequenceSwitchTicket", "1") +
+                      Key("NumInSequenceLArrowTicket", "5") + Key("OffsetStackingListTicket", "4") +
+                      Key("OffsetStackingPagesLArrowTicket", "10") +
+                      Key("EjectOptionsListTicket", "3") + Key("SeparatorPageListTicket", "2") +
+                      Key("SeparatorPageTicket", "1") + Key("BookletMarginSwitchTicket", "1") +
+                      Key("BookletMarginMMShiftTicket", "5") + Key("AutoFitSwitchTicket", "1") +
+                      " KRSignature=BookLeft KRSigVol=None",
+                  {{G::kFinishing, "@TABS", "12"},
+                   {G::kFinishing, "@MDOC", "5"},
+                   {G::kFinishing, "JOBOFFSET", "PAGES"},
+                   {G::kFinishing, "@OCSN", "10"},
+                   {G::kFinishing, "@FACE", "UP"},
+                   {G::kBooklet, "@DIND", "PORTRAIT"},
+                   {G::kBooklet, "@DIBB", "LEFT"},
+                   {G::kBooklet, "@DIBK", "NONEDIVIDE"}},
+                  {},
+                  2,
+                  {{"separator-pages", 1}, {"booklet-margin-shift", 1}, {"auto-fit", 1}}},
+        RoundTrip{"PerfectBinding",
+                  "ppd/perfect_binding.ppd",
+                  " KRPBindPosition=BindRight KRPBindTrimming=3EdgeCutMinimum KRPBindPageSize=A4"
+                  " KRPBindCoverMediaType=CoatingPaper1 KRPBindCoverMediaColor=Blue"
+                  " KRPBindCoverPaperTray=HCF1",
+                  {{G::kPerfectBinding, "@PBRE", "RIGHT"},
+                   {G::kPerfectBinding, "@MSDA", "ROTLEFPORT"},
+                   {G::kPerfectBinding, "@PBTC", "FULLBLEED"},
+                   {G::kPerfectBinding, "@PBBP", "A4"},
+                   {G::kPerfectBinding, "@PBTP", "CUSTOM"},
+                   {G::kPerfectBinding, "@PBTW", "2030"},
+                   {G::kPerfectBinding, "@PBTH", "2830"},
+                   {G::kPerfectBinding, "@PBCQ", "COATEDPAPER"},
+                   {G::kPerfectBinding, "@PBCC", "BLUE"},
+                   {G::kPerfectBinding, "@PBCT", "INTRAY6"},
+                   {G::kPerfectBinding, "@PBCI", "OFF"}},
+                  {},
+                  2,
+                  {}},
+        RoundTrip{"SpecialPages",
+                  "ppd/perfect_binding.ppd",
+                  Key("ZPIFCoverCountTicket", "1") + Key("ZPIFExceptionCountTicket", "1") +
+                      Key("ZPIFCommandTicket_0", "0,1,0,33") + Key("ZPIFCommandTicket_1", "2,0,7") +
+                      Key("ZPIFCoverValueTicket_0", "1,1,print-back,ThickPaper,yellow,2100,2970") +
+                      Key("ZPIFExceptionValueTicket_0",
+                          "0,1,0,2,5,two-sided-short-edge,Plain,no-color,2970,4200"),
+                  {{G::kSpecialPages, "@EFCV", "NONE"},
+                   {G::kSpecialPages, "@EBCV", "PRINTBACK"},
+                   {G::kSpecialPages, "@EMCP", "CUSTOM"},
+                   {G::kSpecialPages, "@EMCC", "YELLOW"},
+                   {G::kSpecialPages, "@EOVS", "2"},
+                   {G::kSpecialPages, "@EMCP", "FORMALSIZE"},
+                   {G::kSpecialPages, "@EMCC", "CLEAR"},
+                   {G::kSpecialPages, "@EMDP", "TUMBLE"},
+                   {G::kSpecialPages, "@EOVE", "5"}},
+                  {},
+                  2,
+                  {}},
+        RoundTrip{"WatermarkOnEveryPage",
+                  "ppd/utf8-color.ppd",
+                  kWatermark,
+                  {{G::kJobInformation, "VERSION", "1.5.0"}},
+                  {},
+                  2,
+                  {{"watermark-prolog", 1}, {"watermark-page-setup", 2}, {"watermark-text", 2}}},
+        RoundTrip{"WatermarkOnTheFirstPageOnly",
+                  "ppd/legacy-mono.ppd",
+                  kWatermark + Key("WMARKOnlyFirstTicket", "1"),
+                  {},
+                  {},
+                  2,
+                  {{"watermark-prolog", 1}, {"watermark-page-setup", 1}, {"watermark-text", 1}}},
+        RoundTrip{"InsertionMode",
+                  "ppd/decomp-color.ppd",
+                  " KRTonerSaver=Mode2",
+                  {{G::kDeviceSettings, "ECONOMODE", "MODE2"},
+                   {G::kDeviceSettings, "REDUCTIONRATE", "0"}},
+                  {"@GRGU", "@RGBP", "@RGBG", "ECONOMODE", "@TRAP", "RESOLUTION", "BITSPERPIXEL",
+                   "@DRDM"},
+                  2,
+                  {},
+                  kFeatureJob}));
+
+// Every fixture PPD with a job that asks for every feature at once: the
+// stream is well-formed, every line known and in order, and the mode and
+// text encoding are the PPD's.
+TEST(InspectEveryPrinter, RichJobOnEveryFixturePPD) {
+  const std::string options =
+      Key("PrintTypeTicketKey", "2") + Key("PrintTypeUserNameTicketKey", "alice") +
+      Key("PrintTypePasswordTicketKey", kHold) + Key("JBAManageTypeListTicketKey", "2") +
+      Key("JBAUserSettingRadioBtnTicket", "1") + Key("JBAUserIDListCtrlTicket", "1") +
+      Key("JBAUserPasswordTextEditTicket", kOwner) + Key("JBAInfoListTicketKey", "0") +
+      Key("TabMarginSwitchTicket", "0") + Key("EjectOptionsListTicket", "2") +
+      Key("SeparatorPageListTicket", "2") + Key("SeparatorPageTicket", "2") +
+      Key("ZPIFCoverCountTicket", "1") + Key("ZPIFCommandTicket_0", "0,0,0,5") +
+      Key("ZPIFCoverValueTicket_0", "0,0,print-front") + kWatermark +
+      " KRPBindPosition=BindLeft KRPBindTrimming=None KRTonerSaver=Mode1 KRSignature=None";
+  std::vector<std::string> ppds;
+  for (const std::string& dir :
+       {std::string(ZPJL_FIXTURES) + "/ppd", std::string(ZPJL_SOURCE_DIR) + "/ppd"}) {
+    if (DIR* d = opendir(dir.c_str())) {
+      while (dirent* entry = readdir(d)) {
+        const std::string name = entry->d_name;
+        if (name.size() > 4 && name.compare(name.size() - 4, 4, ".ppd") == 0)
+          ppds.push_back(dir + "/" + name);
+      }
+      closedir(d);
+    }
+  }
+  ASSERT_GE(ppds.size(), 20u);
+  for (const std::string& path : ppds) {
+    ppd_file_t* ppd = ppdOpenFile(path.c_str());
+    ASSERT_NE(ppd, nullptr) << path;
+    const bool utf8 = PPDAttrEquals(ppd, "KRPrinterLanguageEncoding", "UTF-8");
+    const bool insertion = PPDAttrEquals(ppd, "KRPSDecompMode", "1");
+    ppdClose(ppd);
+
+    FilterJob job;
+    job.ppd = path;
+    job.options = "number-up=1" + options;
+    job.file = Fixture("ps/app-letter-2page.ps");
+    FilterRun run = RunFilter(job);
+    ASSERT_EQ(run.status, 0) << path;
+    const StreamReport report = InspectStream(run.out, {TestKey()});
+    EXPECT_FALSE(report.Malformed()) << path << "\n" << Findings(report);
+    EXPECT_EQ(report.utf8, utf8) << path;
+    EXPECT_EQ(report.mode, insertion ? StreamMode::kInsertion : StreamMode::kPassThrough) << path;
+    for (const Finding& finding : report.findings) {
+      // The insertion mode's held-back last line is the only remark.
+      EXPECT_TRUE(insertion && finding.text.find("%%EOF") != std::string::npos)
+          << path << ": " << finding.text;
+    }
+    EXPECT_EQ(report.SealedFields(), 2) << path;
+    for (const HeaderLine& line : report.header) {
+      if (line.sealed) {
+        EXPECT_TRUE(line.sealed->opened) << path << ": " << line.parsed.name;
+      }
+    }
+    ASSERT_TRUE(report.postscript) << path;
+    EXPECT_EQ(report.postscript->pages, 2) << path;
+    int texts = 0;
+    for (const Fragment& fragment : report.postscript->fragments)
+      texts += fragment.kind == "watermark-text";
+    EXPECT_EQ(texts, 2) << path;
+  }
+}
+
+// The debug job copy reads like the stream; in the insertion mode it holds
+// the spooled PostScript before the language switch, the derived PJL among
+// its lines.
+TEST(InspectDebugCopy, ReadsLikeTheStream) {
+  const std::string flagDir = std::string(ZPJL_TEST_COPY_DIR) + "/inspect";
+  mkdir(ZPJL_TEST_COPY_DIR, 0755);
+  mkdir(flagDir.c_str(), 0755);
+  const std::string flag = flagDir + "/krjobcopy";
+  ASSERT_TRUE(WriteText(flag, ""));
+  const struct {
+    const char* ppd;
+    bool debugCopyForm;
+    std::vector<std::string> insertion;
+  } kCases[] = {
+      {"ppd/utf8-color.ppd", false, {}},
+      {"ppd/decomp-color.ppd",
+       true,
+       {"@GRGU", "@RGBP", "@RGBG", "ECONOMODE", "@TRAP", "RESOLUTION", "BITSPERPIXEL", "@DRDM"}},
+  };
+  for (const auto& c : kCases) {
+    ScratchDir tmp;
+    ASSERT_TRUE(tmp.ok());
+    FilterJob job;
+    job.filter = ZPJL_FILTER_INSPECT_COPY;
+    job.ppd = Fixture(c.ppd);
+    std::string dir = tmp.File("");
+    dir.pop_back();
+    job.env["TMPDIR"] = dir;
+    job.options = Key("PrintTypeTicketKey", "2") + Key("PrintTypeUserNameTicketKey", "alice") +
+                  Key("PrintTypePasswordTicketKey", kHold) + kWatermark;
+    job.input = kFeatureJob;
+    FilterRun run = RunFilter(job);
+    ASSERT_EQ(run.status, 0) << c.ppd;
+    std::string copy;
+    if (DIR* d = opendir(dir.c_str())) {
+      while (dirent* entry = readdir(d)) {
+        if (entry->d_name[0] == 'k') copy = tmp.File(entry->d_name);
+      }
+      closedir(d);
+    }
+    ASSERT_FALSE(copy.empty()) << c.ppd;
+    const StreamReport report = InspectStream(ReadFile(copy), {TestKey()});
+    unlink(copy.c_str());
+    EXPECT_FALSE(report.Malformed()) << c.ppd << "\n" << Findings(report);
+    EXPECT_EQ(report.debugCopyForm, c.debugCopyForm) << c.ppd;
+    std::vector<std::string> insertion;
+    for (const HeaderLine& line : report.insertion) insertion.push_back(line.parsed.name);
+    EXPECT_EQ(insertion, c.insertion) << c.ppd;
+    EXPECT_EQ(report.mode, c.insertion.empty() ? StreamMode::kPassThrough : StreamMode::kInsertion);
+    EXPECT_EQ(report.SealedFields(), 1) << c.ppd;
+    ASSERT_TRUE(report.postscript) << c.ppd;
+    EXPECT_EQ(report.postscript->pages, 2) << c.ppd;
+    // The watermark prolog and the text on each of the two pages.
+    EXPECT_EQ(report.postscript->fragments.size(), 3u) << c.ppd;
+  }
+  unlink(flag.c_str());
+}
+
+// Exit status 1 for broken envelopes, through the command.
+TEST(InspectCommand, BrokenStreamsAreMalformed) {
+  FilterRun run = RunJob("ppd/modules-utf8.ppd", "", "");
+  ASSERT_EQ(run.status, 0);
+  const std::string& good = run.out;
+  const size_t trailer = good.rfind(kTrailer);
+  ASSERT_NE(trailer, std::string::npos);
+  const struct {
+    const char* name;
+    std::string bytes;
+    int status;
+    const char* says;
+  } kCases[] = {
+      {"whole", good, kExitWellFormed, "well-formed"},
+      {"cut in the PostScript", good.substr(0, trailer - 40), kExitMalformed,
+       "malformed: no trailer"},
+      {"cut in the header", good.substr(0, 60), kExitMalformed, "malformed: no language switch"},
+      {"missing trailer", good.substr(0, trailer), kExitMalformed, "malformed: no trailer"},
+      {"trailer cut short", good.substr(0, good.size() - 4), kExitMalformed,
+       "malformed: the trailer is cut short"},
+      {"empty", "", kExitMalformed, "malformed: the stream is empty"},
+  };
+  for (const auto& c : kCases) {
+    FilterRun inspected = RunInspector({}, c.bytes);
+    EXPECT_EQ(inspected.status, c.status) << c.name << "\n" << inspected.out << inspected.err;
+    EXPECT_NE(inspected.out.find(c.says), std::string::npos) << c.name << "\n" << inspected.out;
+    FilterRun json = RunInspector({"--json", "-"}, c.bytes);
+    EXPECT_EQ(json.status, c.status) << c.name;
+    EXPECT_NE(json.out.find(c.status == 0 ? "\"well_formed\": true" : "\"well_formed\": false"),
+              std::string::npos)
+        << c.name;
+    const std::string problem = SchemaProblem(json.out);
+    if (problem != "skip") {
+      EXPECT_EQ(problem, "") << c.name << "\n" << json.out;
+    }
+  }
+}
+
+TEST(InspectCommand, UsageErrors) {
+  ScratchDir scratch;
+  ASSERT_TRUE(scratch.ok());
+  ASSERT_TRUE(WriteText(scratch.File("not-a-key.pem"), "-----BEGIN PUBLIC KEY-----\nAAAA\n"));
+  const struct {
+    std::vector<std::string> args;
+    const char* says;
+  } kCases[] = {
+      {{"--colour"}, "unknown option --colour"},
+      {{"a.prn", "b.prn"}, "more than one input file"},
+      {{"/nonexistent/job.prn"}, "/nonexistent/job.prn: No such file or directory"},
+      {{"--show-secrets"}, "--show-secrets needs --key"},
+      {{"--key"}, "--key needs a file"},
+      {{"--key", "-"}, "--key needs a file"},
+      {{"--key", scratch.File("not-a-key.pem")}, "not an RSA private key"},
+      {{"--key", "/nonexistent/key.pem"}, "/nonexistent/key.pem: No such file or directory"},
+  };
+  for (const auto& c : kCases) {
+    FilterRun run = RunInspector(c.args, "");
+    EXPECT_EQ(run.status, kExitUsage) << c.says;
+    EXPECT_NE(run.err.find(c.says), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("usage: zpjl-inspect"), std::string::npos);
+    EXPECT_EQ(run.out, "");
+  }
+  FilterRun help = RunInspector({"--help"}, "");
+  EXPECT_EQ(help.status, 0);
+  EXPECT_EQ(help.out.rfind("usage: zpjl-inspect", 0), 0u);
+}
+
+// A sealed field shows its form; its text never; its payload only when asked.
+TEST(InspectCommand, SealedFieldsOpenOnlyAsFarAsAsked) {
+  FilterRun run =
+      RunJob("ppd/modules-utf8.ppd",
+             Key("PrintTypeTicketKey", "2") + Key("PrintTypeUserNameTicketKey", "alice") +
+                 Key("PrintTypePasswordTicketKey", kHold),
+             "");
+  ASSERT_EQ(run.status, 0);
+  const size_t from = run.out.find("HOLDENCRYPTKEY=\"") + 16;
+  const std::string field = run.out.substr(from, run.out.find('"', from) - from);
+  ASSERT_EQ(field.size(), 492u);
+  const std::string form =
+      "sealed, 492 characters, blob 368 bytes, key type 0, digest matches the built-in recipient "
+      "key";
+  const struct {
+    std::vector<std::string> args;
+    std::vector<std::string> shows;
+    std::vector<std::string> hides;
+  } kCases[] = {
+      {{}, {form}, {"opens", "quokka"}},
+      {{"--key", TestPrivateKeyPath2048()},
+       {form, "opens: payload 6 bytes, printable"},
+       {"quokka"}},
+      {{"--key", TestPrivateKeyPath2048(), "--show-secrets"}, {form, "payload \"quokka\""}, {}},
+      {{"--key", TestPrivateKeyPath3072()},
+       {form, "does not open: the wrapped key does not open"},
+       {"quokka"}},
+      {{"--json", "--key", TestPrivateKeyPath2048()},
+       {"\"payload_bytes\": 6", "\"payload\": null"},
+       {"quokka"}},
+      {{"--json", "--key", TestPrivateKeyPath2048(), "--show-secrets"},
+       {"\"payload\": \"quokka\""},
+       {}},
+  };
+  for (const auto& c : kCases) {
+    FilterRun inspected = RunInspector(c.args, run.out);
+    EXPECT_EQ(inspected.status, kExitWellFormed) << inspected.err;
+    EXPECT_EQ(inspected.out.find(field), std::string::npos) << "the field's text is shown";
+    EXPECT_EQ(inspected.out.find(field.substr(0, 40)), std::string::npos)
+        << "part of the field is shown";
+    for (const std::string& shown : c.shows) {
+      EXPECT_NE(inspected.out.find(shown), std::string::npos) << shown << "\n" << inspected.out;
+    }
+    for (const std::string& hidden : c.hides) {
+      EXPECT_EQ(inspected.out.find(hidden), std::string::npos) << hidden << "\n" << inspected.out;
+    }
+  }
+}
+
+}  // namespace
