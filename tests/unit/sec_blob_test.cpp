@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/crypto.h"
 #include "sealed_blob.h"
 #include "secure/key_material.h"
 #include "test_support.h"
@@ -284,3 +285,32 @@ TEST(StorageCipher, FailuresPrintTheirNumberedMessage) {
 }
 
 }  // namespace
+
+// A job seals several passwords for one key, and the platform layer keeps
+// the key parsed between them: alternating keys, and key data that differs
+// from the kept one only at its end, must still each be taken as given.
+TEST(SealedBlobInternals, EachSealUsesTheKeyItIsGiven) {
+  std::vector<uint8_t> key2048;
+  std::vector<uint8_t> key3072;
+  ASSERT_TRUE(CryptoBase64Decode(RSA_PUBKEY_2048_OFFICIAL, &key2048));
+  ASSERT_TRUE(CryptoBase64Decode(PublicKeyTextOf(TestPrivateKeyPath3072()).c_str(), &key3072));
+  std::vector<uint8_t> trailing = key2048;
+  trailing.push_back(0);
+  const std::vector<uint8_t> truncated(key3072.begin(), key3072.end() - 1);
+  struct Step {
+    const std::vector<uint8_t>* der;
+    size_t sealedLength;  // 0: refused
+  };
+  const Step steps[] = {{&key2048, 256}, {&key3072, 384}, {&key2048, 256}, {&trailing, 0},
+                        {&key2048, 256}, {&truncated, 0}, {&key3072, 384}, {&key3072, 384}};
+  const std::string plain = "secret";
+  for (const Step& step : steps) {
+    std::vector<uint8_t> sealed;
+    CryptoError error;
+    const bool ok = CryptoRsaOaepSha256Encrypt(step.der->data(), step.der->size(), plain.data(),
+                                               plain.size(), &sealed, &error);
+    EXPECT_EQ(ok, step.sealedLength != 0) << error.description;
+    EXPECT_EQ(sealed.size(), step.sealedLength);
+    EXPECT_EQ(error.code != 0, !ok);
+  }
+}

@@ -216,3 +216,36 @@ TEST(WatermarkTicket, TextIsDecodedNameAndFontAreNot) {
 }
 
 }  // namespace
+
+namespace {
+
+// The text lines are formatted once and kept: whatever setting changes
+// between two pages must still show in the next block, and going back must
+// give the first block again.
+TEST_F(WatermarkTest, EachBlockFollowsTheSettingsOfItsMoment) {
+  const std::string first = At(27);
+  const struct {
+    const char* name;
+    void (*change)(WatermarkOptionRecord&);
+    const char* expected;  // a line the changed block holds
+  } changes[] = {
+      {"angle", [](WatermarkOptionRecord& w) { w.angle = 90; }, "90 rotate\n"},
+      {"density", [](WatermarkOptionRecord& w) { w.density = 50; }, "0.50 0.50 0.50 setrgbcolor\n"},
+      {"colour", [](WatermarkOptionRecord& w) { w.colorG = 1; }, "0.00 1.00 0.00 setrgbcolor\n"},
+      {"font", [](WatermarkOptionRecord& w) { CopyText(w.font, sizeof w.font, "Times-Roman"); },
+       "/Times-Roman 48 selectfont\n"},
+      {"text", [](WatermarkOptionRecord& w) { CopyText(w.text, sizeof w.text, "(DRAFT)"); },
+       "(DRAFT) show\n"},
+      {"offset", [](WatermarkOptionRecord& w) { w.hOffset = 10; }, "252.36 318.22 moveto\n"},
+  };
+  for (const auto& c : changes) {
+    const WatermarkOptionRecord saved = psOptionWatermark;
+    c.change(psOptionWatermark);
+    const std::string changed = At(27);
+    EXPECT_NE(changed.find(c.expected), std::string::npos) << c.name << "\n" << changed;
+    psOptionWatermark = saved;
+    EXPECT_EQ(At(27), first) << c.name;
+  }
+}
+
+}  // namespace

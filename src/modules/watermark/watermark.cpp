@@ -1,6 +1,7 @@
 #include "modules/watermark/watermark.h"
 
 #include <cmath>
+#include <cstring>
 
 #include "frame/fixed_text.h"
 #include "frame/output_channel.h"
@@ -112,29 +113,45 @@ float Faded(float component, int32_t density) {
   return 1 - (1 - component) * (static_cast<float>(density) / 100);
 }
 
-void DrawText(const char* opening, FILE* stream) {
+// The lines that draw the text, after the opening line. They depend only on
+// the job's settings, the same at every page, so they are formatted once
+// (formatting the numbers was most of what a page cost) and again only if
+// the settings change.
+const char* TextLines() {
+  static WatermarkOptionRecord formattedFor;
+  static bool formatted = false;
+  static char lines[5 * kWatermarkLineSize + sizeof "grestore\n"];
   const WatermarkOptionRecord& w = psOptionWatermark;
+  if (formatted && std::memcmp(&formattedFor, &w, sizeof w) == 0) return lines;
+
   float x = 0;
   float y = 0;
   GetWatermarkPostion(&x, &y, w.hOffset, w.vOffset);
   char line[kWatermarkLineSize];
-
-  KZfprintf(stream, opening);
+  ZeroText(lines, sizeof lines);
   FormatText(line, sizeof line, "%.2f%c%.2f%c%.2f setrgbcolor\n",
              static_cast<double>(Faded(w.colorR, w.density)), ' ',
              static_cast<double>(Faded(w.colorG, w.density)), ' ',
              static_cast<double>(Faded(w.colorB, w.density)));
-  KZfprintf(stream, line);
+  AppendText(lines, sizeof lines, line);
   FormatText(line, sizeof line, "/%s%c%d selectfont\n", w.font, ' ', w.fontSize);
-  KZfprintf(stream, line);
+  AppendText(lines, sizeof lines, line);
   FormatText(line, sizeof line, "%.2f%c%.2f moveto\n", static_cast<double>(x), ' ',
              static_cast<double>(y));
-  KZfprintf(stream, line);
+  AppendText(lines, sizeof lines, line);
   FormatText(line, sizeof line, "%d rotate\n", w.angle);
-  KZfprintf(stream, line);
+  AppendText(lines, sizeof lines, line);
   FormatText(line, sizeof line, "%s show\n", w.text);
-  KZfprintf(stream, line);
-  KZfprintf(stream, "grestore\n");
+  AppendText(lines, sizeof lines, line);
+  AppendText(lines, sizeof lines, "grestore\n");
+  formattedFor = w;
+  formatted = true;
+  return lines;
+}
+
+void DrawText(const char* opening, FILE* stream) {
+  KZfprintf(stream, opening);
+  KZfprintf(stream, TextLines());
 }
 
 }  // namespace
