@@ -3,7 +3,8 @@
 //
 // Input: one byte choosing the path, one byte seeding the block sizes, then
 // the PostScript job. Paths:
-//   0  LineScanner fed in blocks of varying size, lines through HandlePSLine;
+//   0  LineScanner fed in blocks of varying size, lines through HandlePSLine
+//      (plain lines skipped or spanned as the seed says);
 //   1  OutputPSStream reading the job from a file;
 //   2  the insertion mode on a colour printer, 3 on a monochrome printer.
 // The job ticket is empty, so no module inserts PostScript, and the build's
@@ -69,17 +70,32 @@ std::string ModelInsertionPostScript(const std::string& job) {
 }
 
 // Lines go through the real line handler, chunks straight out, as the
-// pass-through's own sink does.
+// pass-through's own sink does. The seed's two low bits choose how much the
+// scanner may skip: the structural-line candidates or all lines, and plain
+// lines in spans or one by one.
 class HandlerSink : public LineSink {
  public:
-  explicit HandlerSink(char** argv) : argv_(argv) {}
+  HandlerSink(char** argv, uint8_t seed) : argv_(argv), spans_((seed & 2) != 0) {
+    if ((seed & 1) != 0) candidates_ = StructuralLineCandidates();
+  }
   void Chunk(const char* bytes, size_t length) override { fwrite(bytes, 1, length, stdout); }
   bool Line(const char* line, size_t length, char terminator) override {
     return HandlePSLine(state_, line, length, terminator, argv_, stdout);
   }
+  bool Plain(const char* line, size_t length) override {
+    return spans_ && ClassifyPSLine(line, length) == PSLineKind::kPlain;
+  }
+  void Span(const char* bytes, size_t length) override {
+    if (spans_) {
+      fwrite(bytes, 1, length, stdout);
+    } else {
+      LineSink::Span(bytes, length);
+    }
+  }
 
  private:
   char** argv_;
+  bool spans_;
   PSLineState state_;
 };
 
@@ -143,7 +159,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   GetTicketFromPDE(argv);
 
   if (path == 0) {
-    HandlerSink sink(argv);
+    HandlerSink sink(argv, seed);
     LineScanner scanner(sink);
     FeedInBlocks(job, seed, scanner);
     std::string out = capture.Take();

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -10,6 +11,7 @@
 #include <cups/cups.h>
 
 #include "engine/job_header.h"
+#include "frame/byte_search.h"
 #include "frame/fixed_text.h"
 #include "frame/job_state.h"
 #include "frame/line_scanner.h"
@@ -125,40 +127,97 @@ void OutputPJLForScreenLine(const char* line, size_t length) {
 
 namespace {
 
+bool IsFeatureLine(const char* line, size_t length) {
+  return length >= sizeof kFeaturePrefix - 1 &&
+         std::memcmp(line, kFeaturePrefix, sizeof kFeaturePrefix - 1) == 0;
+}
+
+bool IsScreenLine(const char* line, size_t length) {
+  return ContainsAll(line, length, TRCSCRCommand) || ContainsAll(line, length, CPRCommand);
+}
+
+// A screen line holds every name of one list, so "TTRC" or "TCPR": a line
+// with neither cannot be one.
+constexpr BytePattern kScreenHintFirst = {{'T', 'T', 'R', 'C'}};
+constexpr BytePattern kScreenHintSecond = {{'T', 'C', 'P', 'R'}};
+
 // Pass 1: lines go to the spool file, the derived PJL to stdout.
+//
+// Almost every line is only spooled. Which may be more is told by its first
+// bytes and length (feature and structural lines) and, for screen lines,
+// by where the block holds "TTRC" or "TCPR", found once per block.
 class SpoolSink : public LineSink {
  public:
-  SpoolSink(char* argv[], FILE* spool) : argv_(argv), spool_(spool) {}
+  SpoolSink(char* argv[], FILE* spool) : argv_(argv), spool_(spool) {
+    known_ = StructuralLineCandidates();
+    known_.Add(kFeaturePrefix, sizeof kFeaturePrefix - 1);
+    known_.AddLengthsFrom(sizeof kFeaturePrefix - 1);
+  }
   void Chunk(const char* bytes, size_t length) override { KZfwrite(bytes, 1, length, spool_); }
   bool Line(const char* line, size_t length, char terminator) override {
-    if (length >= sizeof kFeaturePrefix - 1 &&
-        std::memcmp(line, kFeaturePrefix, sizeof kFeaturePrefix - 1) == 0) {
+    if (IsFeatureLine(line, length)) {
       OutputPJLForFeatureLine(features_, line, length);
     } else {
       OutputPJLForScreenLine(line, length);
     }
     return HandlePSLine(lines_, line, length, terminator, argv_, spool_);
   }
+  void Block(const char* bytes, size_t length) override {
+    block_ = bytes;
+    hints_ = FindPatterns(bytes, length, kScreenHintFirst, kScreenHintSecond, hintOffsets_,
+                          kHintCapacity);
+    candidates_ = hints_ == 0 ? known_ : LineCandidates();
+  }
+  bool Plain(const char* line, size_t length) override {
+    if (IsFeatureLine(line, length) || ClassifyPSLine(line, length) != PSLineKind::kPlain) {
+      return false;
+    }
+    return !(MayBeScreenLine(line, length) && IsScreenLine(line, length));
+  }
+  void Span(const char* bytes, size_t length) override { KZfwrite(bytes, 1, length, spool_); }
 
  private:
+  static constexpr size_t kHintCapacity = 64;
+
+  bool MayBeScreenLine(const char* line, size_t length) const {
+    if (hints_ > kHintCapacity) return true;  // too many to list: look at every line
+    const uint32_t* end = hintOffsets_ + hints_;
+    const uint32_t* next = std::lower_bound(hintOffsets_, end, static_cast<uint32_t>(line - block_));
+    return next != end && *next < static_cast<size_t>(line - block_) + length;
+  }
+
   char** argv_;
   FILE* spool_;
   FeatureScanState features_;
   PSLineState lines_;
+  LineCandidates known_ = LineCandidates::None();
+  const char* block_ = nullptr;
+  size_t hints_ = 0;
+  uint32_t hintOffsets_[kHintCapacity];
 };
 
-// Pass 2: the spooled lines to stdout, without the debug copy.
+bool IsPageEnd(const char* line, size_t length) {
+  PSLineKind kind = ClassifyPSLine(line, length);
+  return kind == PSLineKind::kEndPage || kind == PSLineKind::kEndPageAlt ||
+         kind == PSLineKind::kShowPage;
+}
+
+// Pass 2: the spooled lines to stdout, without the debug copy; only the
+// page ends, where a cancel is seen, are more than copied.
 class CopyOutSink : public LineSink {
  public:
+  CopyOutSink() {
+    candidates_ = LineCandidates::None();
+    for (const char* end : {"ep", "endp", "showpage"}) candidates_.Add(end, std::strlen(end));
+  }
   void Chunk(const char* bytes, size_t length) override { fwrite(bytes, 1, length, stdout); }
   bool Line(const char* line, size_t length, char terminator) override {
     fwrite(line, 1, length, stdout);
     fputc(static_cast<unsigned char>(terminator), stdout);
-    bool pageEnd = (length == 2 && std::memcmp(line, "ep", 2) == 0) ||
-                   (length == 4 && std::memcmp(line, "endp", 4) == 0) ||
-                   (length == 8 && std::memcmp(line, "showpage", 8) == 0);
-    return !(pageEnd && CancelJob == 1);
+    return !(IsPageEnd(line, length) && CancelJob == 1);
   }
+  bool Plain(const char* line, size_t length) override { return !IsPageEnd(line, length); }
+  void Span(const char* bytes, size_t length) override { fwrite(bytes, 1, length, stdout); }
 };
 
 int OpenInput(int argc, char* argv[]) {
@@ -171,7 +230,7 @@ int OpenInput(int argc, char* argv[]) {
 // Reads `fd` to its end holding back the last byte, which is never part of a
 // line. Returns false when the scan was stopped; *last is the held byte or -1.
 bool SpoolWithLookAhead(int fd, LineScanner& scanner, int* last) {
-  char block[1 << 16];
+  char block[kReadBlockSize];
   *last = -1;
   for (;;) {
     ssize_t got = read(fd, block, sizeof block);
@@ -194,7 +253,7 @@ void CopySpoolOut(const char* pending, size_t pendingLength) {
   LineScanner scanner(sink);
   // The unfinished last line of pass 1 leads the first line copied.
   bool going = scanner.Feed(pending, pendingLength);
-  char block[1 << 16];
+  char block[kReadBlockSize];
   while (going) {
     ssize_t got = read(fd, block, sizeof block);
     if (got < 0 && errno == EINTR) continue;

@@ -73,8 +73,10 @@ int FilterMain(int argc, char* argv[]) {
     fputs("Usage: pstozpjl job-id user title copies options [file]\n", stderr);
     return 1;
   }
-  // One large buffer for the whole print stream.
-  setvbuf(stdout, nullptr, _IOFBF, 1 << 16);
+  // One buffer for the whole print stream. The job's own lines arrive in
+  // runs of many kilobytes, which the stream writes past the buffer in whole
+  // buffer lengths, so a small buffer copies little and costs little memory.
+  setvbuf(stdout, nullptr, _IOFBF, 16 * 1024);
 
   bool utf8 = ReadUserName(argv[2]);
   ZeroLayoutInfo();

@@ -18,9 +18,28 @@ namespace {
 
 constexpr char kEndOfJob[] = "\x04";
 
-bool LineIs(const char* line, size_t length, const char* text) {
-  return length == std::strlen(text) && std::memcmp(line, text, length) == 0;
-}
+struct StructuralLine {
+  const char* text;
+  size_t length;
+  PSLineKind kind;
+};
+
+#define ZPJL_LINE(text, kind) {text, sizeof text - 1, kind}
+const StructuralLine kStructuralLines[] = {
+    ZPJL_LINE("ep", PSLineKind::kEndPage),
+    ZPJL_LINE("endp", PSLineKind::kEndPageAlt),
+    ZPJL_LINE("showpage", PSLineKind::kShowPage),
+    ZPJL_LINE("bp", PSLineKind::kBeginPage),
+    ZPJL_LINE("%%EndSetup", PSLineKind::kEndSetup),
+    ZPJL_LINE("userdict/setpagedevice{pop}bind put", PSLineKind::kSetPageDevice),
+    ZPJL_LINE("%%EndPageSetup", PSLineKind::kEndPageSetup),
+    ZPJL_LINE("%%BeginProlog", PSLineKind::kBeginProlog),
+    ZPJL_LINE("%%EndProlog", PSLineKind::kEndProlog),
+};
+#undef ZPJL_LINE
+
+// The longest structural line: anything longer is plain without a look.
+constexpr size_t kLongestStructuralLine = 35;
 
 void WriteLine(const char* line, size_t length, char terminator, FILE* out) {
   if (length > 0) KZfwrite(line, 1, length, out);
@@ -29,43 +48,68 @@ void WriteLine(const char* line, size_t length, char terminator, FILE* out) {
 
 }  // namespace
 
+PSLineKind ClassifyPSLine(const char* line, size_t length) {
+  if (length > kLongestStructuralLine) return PSLineKind::kPlain;
+  for (const StructuralLine& known : kStructuralLines) {
+    if (length == known.length && std::memcmp(line, known.text, length) == 0) return known.kind;
+  }
+  return PSLineKind::kPlain;
+}
+
+LineCandidates StructuralLineCandidates() {
+  LineCandidates candidates = LineCandidates::None();
+  for (const StructuralLine& known : kStructuralLines) candidates.Add(known.text, known.length);
+  return candidates;
+}
+
 bool HandlePSLine(PSLineState& state, const char* line, size_t length, char terminator,
                   char* argv[], FILE* out) {
-  if (LineIs(line, length, "ep")) {
-    ++state.page;
-    OutputPSCommandFromFilter(kPointEndPage, state.page, out);
-    if (CancelJob == 1) return false;
-    WriteLine(line, length, terminator, out);
-    OutputPageLogCommand(state.page, argv);
-  } else if (LineIs(line, length, "endp")) {
-    ++state.page;
-    OutputPSCommandFromFilter(kPointEndPageAlt, state.page, out);
-    if (CancelJob == 1) return false;
-    WriteLine(line, length, terminator, out);
-  } else if (LineIs(line, length, "showpage")) {
-    if (CancelJob == 1) return false;
-    WriteLine(line, length, terminator, out);
-  } else if (LineIs(line, length, "bp")) {
-    WriteLine(line, length, terminator, out);
-    OutputPSCommandFromFilter(kPointBeginPage, state.page, out);
-  } else if (LineIs(line, length, "%%EndSetup")) {
-    OutputPSCommandFromFilter(kPointEndSetup, state.page, out);
-    WriteLine(line, length, terminator, out);
-  } else if (LineIs(line, length, "userdict/setpagedevice{pop}bind put")) {
-    OutputPSCommandFromFilter(kPointSetPageDevice, state.page, out);
-    WriteLine(line, length, terminator, out);
-  } else if (LineIs(line, length, "%%EndPageSetup")) {
-    WriteLine(line, length, terminator, out);
-    OutputPSCommandFromFilter(kPointEndPageSetup, state.page, out);
-  } else if (LineIs(line, length, "%%BeginProlog")) {
-    WriteLine(line, length, terminator, out);
-    OutputPSCommandFromFilter(kPointBeginProlog, state.page, out);
-  } else if (LineIs(line, length, "%%EndProlog")) {
-    if (!state.prologSeen) OutputPSCommandFromFilter(kPointEndProlog, state.page, out);
-    WriteLine(line, length, terminator, out);
-    state.prologSeen = true;
-  } else {
-    WriteLine(line, length, terminator, out);
+  switch (ClassifyPSLine(line, length)) {
+    case PSLineKind::kEndPage:
+      ++state.page;
+      OutputPSCommandFromFilter(kPointEndPage, state.page, out);
+      if (CancelJob == 1) return false;
+      WriteLine(line, length, terminator, out);
+      OutputPageLogCommand(state.page, argv);
+      break;
+    case PSLineKind::kEndPageAlt:
+      ++state.page;
+      OutputPSCommandFromFilter(kPointEndPageAlt, state.page, out);
+      if (CancelJob == 1) return false;
+      WriteLine(line, length, terminator, out);
+      break;
+    case PSLineKind::kShowPage:
+      if (CancelJob == 1) return false;
+      WriteLine(line, length, terminator, out);
+      break;
+    case PSLineKind::kBeginPage:
+      WriteLine(line, length, terminator, out);
+      OutputPSCommandFromFilter(kPointBeginPage, state.page, out);
+      break;
+    case PSLineKind::kEndSetup:
+      OutputPSCommandFromFilter(kPointEndSetup, state.page, out);
+      WriteLine(line, length, terminator, out);
+      break;
+    case PSLineKind::kSetPageDevice:
+      OutputPSCommandFromFilter(kPointSetPageDevice, state.page, out);
+      WriteLine(line, length, terminator, out);
+      break;
+    case PSLineKind::kEndPageSetup:
+      WriteLine(line, length, terminator, out);
+      OutputPSCommandFromFilter(kPointEndPageSetup, state.page, out);
+      break;
+    case PSLineKind::kBeginProlog:
+      WriteLine(line, length, terminator, out);
+      OutputPSCommandFromFilter(kPointBeginProlog, state.page, out);
+      break;
+    case PSLineKind::kEndProlog:
+      if (!state.prologSeen) OutputPSCommandFromFilter(kPointEndProlog, state.page, out);
+      WriteLine(line, length, terminator, out);
+      state.prologSeen = true;
+      break;
+    case PSLineKind::kPlain:
+      WriteLine(line, length, terminator, out);
+      break;
   }
   return true;
 }
@@ -81,11 +125,15 @@ namespace {
 // Sink of the pass-through: chunks and lines go to stdout.
 class PassThroughSink : public LineSink {
  public:
-  explicit PassThroughSink(char* argv[]) : argv_(argv) {}
+  explicit PassThroughSink(char* argv[]) : argv_(argv) { candidates_ = StructuralLineCandidates(); }
   void Chunk(const char* bytes, size_t length) override { KZfwrite(bytes, 1, length, stdout); }
   bool Line(const char* line, size_t length, char terminator) override {
     return HandlePSLine(state_, line, length, terminator, argv_, stdout);
   }
+  bool Plain(const char* line, size_t length) override {
+    return ClassifyPSLine(line, length) == PSLineKind::kPlain;
+  }
+  void Span(const char* bytes, size_t length) override { KZfwrite(bytes, 1, length, stdout); }
 
  private:
   char** argv_;

@@ -22,6 +22,28 @@ constexpr int32_t kPointEndPageSetup = 24;
 constexpr int32_t kPointEndPage = 27;
 constexpr int32_t kPointEndPageAlt = 28;
 
+// The structural lines the pass-through acts on; everything else is plain.
+enum class PSLineKind {
+  kPlain,
+  kEndPage,        // "ep"
+  kEndPageAlt,     // "endp"
+  kShowPage,       // "showpage"
+  kBeginPage,      // "bp"
+  kEndSetup,       // "%%EndSetup"
+  kSetPageDevice,  // "userdict/setpagedevice{pop}bind put"
+  kEndPageSetup,   // "%%EndPageSetup"
+  kBeginProlog,    // "%%BeginProlog"
+  kEndProlog,      // "%%EndProlog"
+};
+
+// The kind of a whole line (without its terminator).
+PSLineKind ClassifyPSLine(const char* line, size_t length);
+
+// Admits the structural lines (and some others): what a line scanner must
+// show ClassifyPSLine. Declared in line_scanner.h.
+class LineCandidates;
+LineCandidates StructuralLineCandidates();
+
 // State of one pass over the job's lines.
 struct PSLineState {
   int32_t page = 0;

@@ -74,18 +74,65 @@ std::unique_ptr<EVP_PKEY, PkeyFree> ReadRsaPrivateKey(const std::string& pem, Cr
   return key;
 }
 
+// The cipher for a key length, fetched from the library's provider once:
+// an init with the library's static cipher object looks it up again every
+// time. Falls back to that object should the fetch fail.
 const EVP_CIPHER* AesCbcForKeyLength(size_t keyLength) {
+  struct Fetched {
+    const char* name;
+    const EVP_CIPHER* (*fallback)();
+  };
+  static const Fetched kByLength[] = {
+      {"AES-128-CBC", EVP_aes_128_cbc}, {"AES-192-CBC", EVP_aes_192_cbc}, {"AES-256-CBC", EVP_aes_256_cbc}};
+  static const EVP_CIPHER* fetched[3] = {};
+  size_t index;
   switch (keyLength) {
     case 16:
-      return EVP_aes_128_cbc();
+      index = 0;
+      break;
     case 24:
-      return EVP_aes_192_cbc();
+      index = 1;
+      break;
     case 32:
-      return EVP_aes_256_cbc();
+      index = 2;
+      break;
     default:
       return nullptr;
   }
+  if (fetched[index] == nullptr) {
+    fetched[index] = EVP_CIPHER_fetch(nullptr, kByLength[index].name, nullptr);
+    ERR_clear_error();
+  }
+  return fetched[index] != nullptr ? fetched[index] : kByLength[index].fallback();
 }
+
+// The public key of the last DER text given, kept parsed: a job seals
+// several passwords for the same printer key, and parsing it goes through
+// the library's decoder machinery each time.
+class PublicKeyCache {
+ public:
+  // A key this cache keeps (do not free), or nullptr, with the library's
+  // error queue as d2i_PUBKEY left it, when `der` is not one DER
+  // SubjectPublicKeyInfo.
+  EVP_PKEY* Get(const uint8_t* der, size_t length) {
+    if (key_ != nullptr && der_.size() == length && memcmp(der_.data(), der, length) == 0) return key_;
+    const unsigned char* cursor = der;
+    EVP_PKEY* key = d2i_PUBKEY(nullptr, &cursor, static_cast<long>(length));
+    if (key != nullptr && cursor != der + length) {
+      EVP_PKEY_free(key);
+      key = nullptr;
+    }
+    if (key == nullptr) return nullptr;
+    if (key_ != nullptr) EVP_PKEY_free(key_);
+    key_ = key;
+    der_.assign(der, der + length);
+    return key_;
+  }
+
+ private:
+  std::vector<uint8_t> der_;
+  EVP_PKEY* key_ = nullptr;
+};
 
 int32_t AesCbc(bool encrypt, const uint8_t* key, size_t keyLength, const uint8_t* iv,
                const void* in, size_t inLength, void* out, size_t outCapacity, size_t* outLength) {
@@ -200,18 +247,17 @@ bool CryptoRsaOaepSha256Encrypt(const uint8_t* spkiDer, size_t derLength, const 
     error->description = "no public key data";
     return false;
   }
-  const unsigned char* cursor = spkiDer;
-  std::unique_ptr<EVP_PKEY, PkeyFree> key(
-      d2i_PUBKEY(nullptr, &cursor, static_cast<long>(derLength)));
-  if (!key || cursor != spkiDer + derLength) {
+  static PublicKeyCache keys;
+  EVP_PKEY* key = keys.Get(spkiDer, derLength);
+  if (key == nullptr) {
     TakeLibraryError(error, "the key data is not one DER SubjectPublicKeyInfo");
     return false;
   }
-  if (EVP_PKEY_get_base_id(key.get()) != EVP_PKEY_RSA) {
+  if (EVP_PKEY_get_base_id(key) != EVP_PKEY_RSA) {
     TakeLibraryError(error, "the key is not an RSA key");
     return false;
   }
-  std::unique_ptr<EVP_PKEY_CTX, PkeyCtxFree> ctx(EVP_PKEY_CTX_new(key.get(), nullptr));
+  std::unique_ptr<EVP_PKEY_CTX, PkeyCtxFree> ctx(EVP_PKEY_CTX_new(key, nullptr));
   static const uint8_t kNothing = 0;
   const auto* input = plainLength != 0 ? static_cast<const unsigned char*>(plain) : &kNothing;
   size_t length = 0;

@@ -88,12 +88,9 @@ uint32_t RunStorageCipher(bool encrypt, const uint8_t* data, uint32_t dataLength
   result = RunAes(encrypt, kSecBlobAesModeCBC, aesKey.bytes, kAesKeyLength, iv, ivLength, data,
                   dataLength, *outLength, out, outLength);
   if (result != kSecBlobSuccess) {
-    if (encrypt)
-      printf("ERROR[%d]: AES Encrypt failed[%d].\n", kMsgStorageEncryptAes,
-             static_cast<int>(result));
-    else
-      printf("ERROR[%d]: AES Decrypt failed[%d].\n", kMsgStorageDecryptAes,
-             static_cast<int>(result));
+    printf("ERROR[%d]: AES %s failed[%d].\n",
+           encrypt ? kMsgStorageEncryptAes : kMsgStorageDecryptAes, encrypt ? "Encrypt" : "Decrypt",
+           static_cast<int>(result));
     return kSecBlobCryptoFailure;
   }
   return kSecBlobSuccess;

@@ -11,18 +11,23 @@
 #include "ticket/text_encoding.h"
 #include "ticket/ticket_access.h"
 
+namespace {
+
 // Shift-JIS: ASCII, half-width katakana, and the two-byte rows.
-const ValidateDataScale userNameValidateDataScale = {
+constexpr ValidateDataScale kShiftJISText = {
     2, {{0x20, 0x7E}, {0xA1, 0xDF}},
     4, {{0x8140, 0x9F7E}, {0x8180, 0x9FFC}, {0xE040, 0xFC7E}, {0xE080, 0xFCFC}}};
 
-const ValidateDataScale userNameValidateDataScaleForUTF8 = {
+// UTF-8: every byte and pair from the space up.
+constexpr ValidateDataScale kAnyText = {
     1, {{0x20, 0xFF}},
     1, {{0x0020, 0xFFFF}}};
 
-const ValidateDataScale docuNameValidateDataScale = {
-    2, {{0x20, 0x7E}, {0xA1, 0xDF}},
-    4, {{0x8140, 0x9F7E}, {0x8180, 0x9FFC}, {0xE040, 0xFC7E}, {0xE080, 0xFCFC}}};
+}  // namespace
+
+const ValidateDataScale userNameValidateDataScale = kShiftJISText;
+const ValidateDataScale userNameValidateDataScaleForUTF8 = kAnyText;
+const ValidateDataScale docuNameValidateDataScale = kShiftJISText;
 
 // The first pair range can never match inside a text (its first byte would
 // be NUL); it is kept, so only single bytes, 0x8160 and 0xFF61-0xFF9F pass.
@@ -30,20 +35,14 @@ const ValidateDataScale docuNameValidateDataScaleForProduct02 = {
     2, {{0x20, 0x7E}, {0xA1, 0xDF}},
     3, {{0x0020, 0x007E}, {0x8160, 0x8160}, {0xFF61, 0xFF9F}}};
 
-const ValidateDataScale docuNameValidateDataScaleForProduct03 = {
-    2, {{0x20, 0x7E}, {0xA1, 0xDF}},
-    4, {{0x8140, 0x9F7E}, {0x8180, 0x9FFC}, {0xE040, 0xFC7E}, {0xE080, 0xFCFC}}};
-
-const ValidateDataScale docuNameValidateDataScaleForProduct03UTF8 = {
-    1, {{0x20, 0xFF}},
-    1, {{0x0020, 0xFFFF}}};
+const ValidateDataScale docuNameValidateDataScaleForProduct03 = kShiftJISText;
+const ValidateDataScale docuNameValidateDataScaleForProduct03UTF8 = kAnyText;
 
 const char defaultUserName[] = "UnknownUser";
 
 namespace {
 
-constexpr char kProductTypeTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.PrintTypeProductTypeTicketKey";
+constexpr char kProductTypeTicketKey[] = JTZ_KEY("PrintTypeProductTypeTicketKey");
 
 // Longest user name: 255 UTF-16 units, or 255 bytes in Shift-JIS.
 constexpr int32_t kUserNameMaxUnits = 255;

@@ -1,5 +1,6 @@
 #include "ticket/ticket_access.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -37,6 +38,17 @@ bool ReadDecodedValue(const char* key, int32_t optionCount, cups_option_t* optio
   CopyText(work, sizeof work, value);
   numstrtochar(work, kWorkBufferSize);
   return true;
+}
+
+using Converter = int32_t (*)(const char* source, char* destination, int32_t size);
+
+// A converting string getter: the decoded value converted into the
+// destination. Returns the converted byte length, or -1 when the key is absent.
+int32_t ReadConverted(const char* key, int32_t optionCount, cups_option_t* options,
+                      void* destination, int32_t size, Converter convert) {
+  char work[kWorkBufferSize];
+  if (!ReadDecodedValue(key, optionCount, options, destination, size, work)) return -1;
+  return convert(work, static_cast<char*>(destination), size);
 }
 
 // The N-up text shared by the job-attribute and comment getters: the
@@ -126,36 +138,28 @@ unsigned GetTicketString(const char* key, int32_t optionCount, cups_option_t* op
 unsigned GetTicketStringConvertedToPrtLang(const char* key, int32_t optionCount,
                                            cups_option_t* options, void* destination,
                                            int32_t size) {
-  char work[kWorkBufferSize];
-  if (!ReadDecodedValue(key, optionCount, options, destination, size, work)) return 0;
-  ConvertUTF8ToEncoding(work, static_cast<char*>(destination), size);
-  return 1;
+  return ReadConverted(key, optionCount, options, destination, size, ConvertUTF8ToEncoding) >= 0;
 }
 
 unsigned GetTicketStringConvertedToPrtLangForUTF8(const char* key, int32_t optionCount,
                                                   cups_option_t* options, void* destination,
                                                   int32_t size) {
-  char work[kWorkBufferSize];
-  if (!ReadDecodedValue(key, optionCount, options, destination, size, work)) return 0;
-  ConvertUTF8ToEncodingForUTF8(work, static_cast<char*>(destination), size);
-  return 1;
+  return ReadConverted(key, optionCount, options, destination, size,
+                       ConvertUTF8ToEncodingForUTF8) >= 0;
 }
 
 unsigned GetLengthOfTicketStringConvertedToPrtLang(const char* key, int32_t optionCount,
                                                    cups_option_t* options, void* destination,
                                                    int32_t size) {
-  char work[kWorkBufferSize];
-  if (!ReadDecodedValue(key, optionCount, options, destination, size, work)) return 0;
-  return static_cast<unsigned>(ConvertUTF8ToEncoding(work, static_cast<char*>(destination), size));
+  return static_cast<unsigned>(std::max(
+      0, ReadConverted(key, optionCount, options, destination, size, ConvertUTF8ToEncoding)));
 }
 
 unsigned GetLengthOfTicketStringConvertedToPrtLangForUTF8(const char* key, int32_t optionCount,
                                                           cups_option_t* options,
                                                           void* destination, int32_t size) {
-  char work[kWorkBufferSize];
-  if (!ReadDecodedValue(key, optionCount, options, destination, size, work)) return 0;
-  return static_cast<unsigned>(
-      ConvertUTF8ToEncodingForUTF8(work, static_cast<char*>(destination), size));
+  return static_cast<unsigned>(std::max(0, ReadConverted(key, optionCount, options, destination,
+                                                         size, ConvertUTF8ToEncodingForUTF8)));
 }
 
 unsigned GetTicketStringConvertedToPPDEncodingString(const char* key, int32_t optionCount,

@@ -12,6 +12,10 @@
 
 #include <cups/cups.h>
 
+// A ticket key of the print dialog's two settings domains.
+#define JTZ_KEY(name) "com.korvanel.qd.jtz.printsettings." name
+#define ETZ_KEY(name) "com.korvanel.qd.etz.printsettings." name
+
 // Getter signature: key, parsed options, destination and its size in bytes
 // (terminator included for text). Returns 1 when the key was present.
 using TicketGetter = unsigned (*)(const char* key, int32_t optionCount, cups_option_t* options,

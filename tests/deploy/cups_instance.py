@@ -7,6 +7,7 @@ port with its own configuration, spool, state and log directories. Nothing of
 the machine's own CUPS set-up is read or changed.
 """
 
+import argparse
 import ctypes
 import os
 import re
@@ -14,8 +15,10 @@ import shutil
 import signal
 import socket
 import subprocess
+import sys
 import tempfile
 import time
+import unittest
 
 # The user cupsd runs filters as.
 FILTER_USER = "lp"
@@ -23,6 +26,23 @@ FILTER_USER = "lp"
 
 class DeployError(Exception):
     pass
+
+
+def arguments():
+    """The --build and --source directories a deployment test is given, as
+    absolute paths; other arguments are unittest's."""
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--build", required=True)
+    parser.add_argument("--source", required=True)
+    args, rest = parser.parse_known_args()
+    args.build, args.source = os.path.abspath(args.build), os.path.abspath(args.source)
+    args.unittest_argv = [sys.argv[0]] + rest
+    return args
+
+
+def run_tests(args, exit=True):
+    """Runs the test cases of the calling script."""
+    return unittest.main(module="__main__", argv=args.unittest_argv, exit=exit, verbosity=2)
 
 
 def run(command, env=None, timeout=120, check=True, input=None):

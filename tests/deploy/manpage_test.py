@@ -6,7 +6,6 @@ command.
     manpage_test.py --build BUILD_DIR --source SOURCE_DIR
 """
 
-import argparse
 import glob
 import os
 import re
@@ -68,26 +67,20 @@ def documented_names(page):
 class ManPageTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        cls.page_path = os.path.join(ARGS.build, "man", "pstozpjl.8")
-        with open(cls.page_path, encoding="utf-8") as page:
+        with open(os.path.join(ARGS.build, "man", "pstozpjl.8"), encoding="utf-8") as page:
             cls.page = page.read()
         cls.keys, cls.bold = documented_names(cls.page)
         cls.literals = source_literals(ARGS.source)
 
-    def test_formats_without_warnings(self):
-        for device in ("utf8", "ps"):
-            with self.subTest(device):
-                result = cups_instance.run(["groff", "-man", "-ww", "-z", "-T" + device,
-                                            self.page_path], check=False)
-                self.assertEqual(0, result.returncode)
-                self.assertEqual(b"", result.stderr)
-
-    def test_has_the_sections_of_a_filter_page(self):
-        for section in ("NAME", "SYNOPSIS", "DESCRIPTION", "ARGUMENTS", "ENVIRONMENT",
-                        "PPD ATTRIBUTES", "JOB TICKET", "DEBUG JOB COPY", "EXIT STATUS",
-                        "FILES", "SEE ALSO"):
-            with self.subTest(section):
-                self.assertRegex(self.page, r'(?m)^\.SH "?%s"?$' % section)
+    def test_both_pages_format_without_warnings(self):
+        for page in ("pstozpjl.8", "zpjl-inspect.1"):
+            for device in ("utf8", "ps"):
+                with self.subTest(page, device=device):
+                    result = cups_instance.run(["groff", "-man", "-ww", "-z", "-T" + device,
+                                                os.path.join(ARGS.build, "man", page)],
+                                               check=False)
+                    self.assertEqual(0, result.returncode)
+                    self.assertEqual(b"", result.stderr)
 
     def test_every_ticket_key_of_the_sources_is_documented(self):
         names = ticket_names_in_sources(self.literals)
@@ -103,9 +96,12 @@ class ManPageTest(unittest.TestCase):
         self.assertIn("KRPSDecompMode", keywords)
         self.assertEqual(set(), keywords - self.bold)
 
-    def test_debug_copy_paths_are_those_of_the_build(self):
+    def test_paths_are_those_of_the_build(self):
         paths = cups_instance.read_install_paths(ARGS.build)
-        for text in (paths["flag"], paths["legacy_pattern"]):
+        self.assertNotRegex(self.page, r"@[A-Z_]+@", "unexpanded placeholder")
+        for text in (paths["flag"], paths["legacy_pattern"],
+                     os.path.join(paths["prefix"], paths["filter_dir"], "pstozpjl"),
+                     os.path.join(paths["prefix"], paths["model_dir"])):
             with self.subTest(text):
                 self.assertIn(text, self.page)
 
@@ -113,19 +109,10 @@ class ManPageTest(unittest.TestCase):
 class InspectManPageTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        cls.page_path = os.path.join(ARGS.build, "man", "zpjl-inspect.1")
-        with open(cls.page_path, encoding="utf-8") as page:
+        with open(os.path.join(ARGS.build, "man", "zpjl-inspect.1"), encoding="utf-8") as page:
             cls.page = page.read()
         usage = cups_instance.run([os.path.join(ARGS.build, "zpjl-inspect"), "--help"])
         cls.usage = usage.stdout.decode()
-
-    def test_formats_without_warnings(self):
-        for device in ("utf8", "ps"):
-            with self.subTest(device):
-                result = cups_instance.run(["groff", "-man", "-ww", "-z", "-T" + device,
-                                            self.page_path], check=False)
-                self.assertEqual(0, result.returncode)
-                self.assertEqual(b"", result.stderr)
 
     def test_documents_every_option_and_exit_status_of_the_command(self):
         options = set(re.findall(r"--[a-z][a-z-]*", self.usage))
@@ -137,17 +124,13 @@ class InspectManPageTest(unittest.TestCase):
             with self.subTest(status=status):
                 self.assertRegex(self.page, r"(?m)^\.B %s$" % status)
 
-
-def main():
-    global ARGS
-    parser = argparse.ArgumentParser()
-    parser.add_argument("--build", required=True)
-    parser.add_argument("--source", required=True)
-    ARGS, rest = parser.parse_known_args()
-    ARGS.build = os.path.abspath(ARGS.build)
-    ARGS.source = os.path.abspath(ARGS.source)
-    unittest.main(argv=[sys.argv[0]] + rest, verbosity=2)
+    def test_names_the_schema_where_the_build_installs_it(self):
+        paths = cups_instance.read_install_paths(ARGS.build)
+        self.assertNotRegex(self.page, r"@[A-Z_]+@", "unexpanded placeholder")
+        self.assertIn(os.path.join(paths["prefix"], paths["doc_dir"], "zpjl-inspect-schema.json"),
+                      self.page)
 
 
 if __name__ == "__main__":
-    main()
+    ARGS = cups_instance.arguments()
+    cups_instance.run_tests(ARGS)

@@ -1,13 +1,11 @@
 """Reading a captured print stream in the deployment tests."""
 
-import base64
-import hashlib
-import hmac
 import os
-import re
 import subprocess
 import sys
-import tempfile
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tools"))
+import sealed_blob  # noqa: E402
 
 UEL = b"\x1b%-12345X"
 TRAILER = UEL + b"@PJL EOJ\n"
@@ -68,21 +66,7 @@ def match_lines(test, expected, actual):
     test.assertEqual(len(expected), len(actual), "extra lines:\n" + shown)
 
 
-def quoted_field(line):
-    """The text between the double quotes of a PJL line."""
-    match = re.search(rb'"([^"]*)"', line)
-    return match.group(1) if match else None
-
-
 # ---- Passwords -------------------------------------------------------------------
-
-def _openssl(arguments, data):
-    result = subprocess.run(["openssl"] + arguments, input=data,
-                            stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
-    if result.returncode != 0:
-        raise RuntimeError("openssl %s: %s" % (" ".join(arguments), result.stderr.decode()))
-    return result.stdout
-
 
 def stored_password(source_dir, key_dir, password):
     """A password as the print dialog stores it in the ticket, made by
@@ -92,28 +76,8 @@ def stored_password(source_dir, key_dir, password):
     return result.stdout.decode().strip()
 
 
-def open_sealed_field(key_dir, private_key, field):
+def open_sealed_field(private_key, field):
     """Opens a password field of the print stream: base64 of a key-transport
     blob. Returns (key digest, payload)."""
-    blob = base64.b64decode(field, validate=True)
-    if blob[0:2] != b"\x08\x01" or blob[10] != 1 or blob[12:16] != b"\0\0\0\0":
-        raise ValueError("not a key-transport blob in AES mode 1")
-    clen = int.from_bytes(blob[2:6], "little")
-    total = int.from_bytes(blob[6:10], "little")
-    if total != len(blob):
-        raise ValueError("blob length %d, header says %d" % (len(blob), total))
-    digest, salt = blob[16:48], blob[48:80]
-    wrapped_len = total - 80 - 16 - clen
-    wrapped = blob[80:80 + wrapped_len]
-    iv = blob[80 + wrapped_len:96 + wrapped_len]
-    cipher = blob[96 + wrapped_len:]
-    with tempfile.NamedTemporaryFile() as keyfile:
-        keyfile.write(wrapped)
-        keyfile.flush()
-        content_key = _openssl(["pkeyutl", "-decrypt", "-inkey", private_key,
-                                "-pkeyopt", "rsa_padding_mode:oaep",
-                                "-pkeyopt", "rsa_oaep_md:sha256",
-                                "-pkeyopt", "rsa_mgf1_md:sha256", "-in", keyfile.name], b"")
-    aes_key = hmac.new(content_key, salt, hashlib.sha256).digest()
-    payload = _openssl(["enc", "-d", "-aes-256-cbc", "-K", aes_key.hex(), "-iv", iv.hex()], cipher)
-    return digest, payload
+    parts = sealed_blob.open_field(field, private_key)
+    return parts["digest"], parts["payload"]

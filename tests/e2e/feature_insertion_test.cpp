@@ -1,7 +1,6 @@
 // The PPD-feature insertion mode through the built filter: PJL derived from
 // the job's feature code between the header and the language switch, then
 // the spooled PostScript.
-#include <dirent.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -126,17 +125,6 @@ TEST(Insertion, UnopenableFileWritesNoLanguageSwitch) {
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.out.find(kEnterPS), std::string::npos);
   EXPECT_EQ(run.out.substr(run.out.size() - kTrailer.size()), kTrailer);
-}
-
-std::vector<std::string> FilesIn(const std::string& dir) {
-  std::vector<std::string> names;
-  if (DIR* d = opendir(dir.c_str())) {
-    while (dirent* e = readdir(d)) {
-      if (e->d_name[0] != '.') names.push_back(e->d_name);
-    }
-    closedir(d);
-  }
-  return names;
 }
 
 TEST(Insertion, SpoolFileRemovedAfterTheJobAndKeptOnCancel) {

@@ -1,49 +1,10 @@
-// The finishing features through the built filter: where the header rows and
-// booklet attributes stand in the header, and where separator pages and
-// auto-fit land in the PostScript of 1-up and 2-up jobs.
+// Where separator pages and auto-fit land in the PostScript of 1-up and
+// 2-up jobs through the built filter.
 #include <string>
 
 #include "filter_runner.h"
 
 namespace {
-
-const std::string kSettings = " com.korvanel.qd.jtz.printsettings.";
-
-std::string Attr(const std::string& value) { return "@PJL SET JOBATTR=\"@" + value + "\"\n"; }
-
-FilterRun RunSampleJob(const std::string& ppd, const std::string& options) {
-  FilterJob job;
-  job.ppd = Fixture("ppd/" + ppd);
-  job.options = options;
-  job.input = ReadFile(Fixture("ps/app-letter-2page.ps"));
-  return RunFilter(job);
-}
-
-TEST(FeaturesStream, HeaderRowsThenBookletBeforeTheDeviceSettings) {
-  const std::string options = kSettings + "TabMarginSwitchTicket=1" + kSettings +
-                              "TabMarginMMShiftTicket=12" + kSettings +
-                              "EjectOptionsListTicket=3 number-up=2 KRSignature=BookLeft "
-                              "KRSigVol=None KRTonerSaver=Mode1";
-  FilterRun run = RunSampleJob("utf8-color.ppd", options);
-  ASSERT_EQ(run.status, 0) << run.err;
-  const std::string header = SplitStream(run.out).header;
-  // In header order: accounting, the features rows, the booklet lines, the
-  // toner saver, the job information block.
-  const std::string inOrder[] = {
-      "@ACNA=",
-      Attr("TABS=12"),
-      Attr("FACE=UP"),
-      Attr("DIND=LANDSCAPE") + Attr("DIBB=LEFT") + Attr("DIBK=NONEDIVIDE"),
-      "@PJL SET ECONOMODE=",
-      "@PJL COMMENT PRINTJOBINFO VERSION="};
-  size_t at = 0;
-  for (const std::string& part : inOrder) {
-    size_t found = header.find(part, at);
-    ASSERT_NE(found, std::string::npos) << "missing or out of order: " << part << "\n"
-                                        << Visible(header);
-    at = found + part.size();
-  }
-}
 
 const char kSeparator[] =
     "[{\n%%BeginNonPPDFeatures\n"
@@ -60,33 +21,40 @@ const char kAutoFit[] =
 
 TEST(FeaturesStream, SeparatorAndAutoFitByLayout) {
   const std::string finishing =
-      kSettings + "SeparatorPageListTicket=2" + kSettings + "SeparatorPageTicket=2" + kSettings +
-      "BookletMarginSwitchTicket=1" + kSettings + "BookletMarginMMShiftTicket=3" + kSettings +
-      "AutoFitSwitchTicket=0";
-  const std::string layout = " com.apple.print.PrintSettings.PMLayoutRows..n.=";
-  const std::string columns = " com.apple.print.PrintSettings.PMLayoutColumns..n.=";
+      Key("SeparatorPageListTicket", "2") + Key("SeparatorPageTicket", "2") +
+      Key("BookletMarginSwitchTicket", "1") + Key("BookletMarginMMShiftTicket", "3") +
+      Key("AutoFitSwitchTicket", "0");
+  const std::string oneUp = "com.apple.print.PrintSettings.PMLayoutRows..n.=1 "
+                            "com.apple.print.PrintSettings.PMLayoutColumns..n.=1";
+  const std::string twoUp = "com.apple.print.PrintSettings.PMLayoutRows..n.=1 "
+                            "com.apple.print.PrintSettings.PMLayoutColumns..n.=2";
   const std::string setPageDevice = "userdict/setpagedevice{pop}bind put\n";
   const struct {
     const char* name;
     std::string options;
-    std::string expectedAround;  // the fragments with the lines they precede
+    std::string expectedAround;  // the fragments with the lines around them
   } cases[] = {
-      {"1-up", finishing + layout + "1" + columns + "1", std::string(kSeparator) + "%%EndProlog\n"},
-      {"1-up", finishing + layout + "1" + columns + "1", setPageDevice + kAutoFit + "%%EndSetup\n"},
-      {"no layout", finishing, std::string(kSeparator) + "%%EndProlog\n"},
-      {"2-up", finishing + layout + "1" + columns + "2", "end\n%%EndProlog\n%%BeginSetup\n"},
-      {"2-up", finishing + layout + "1" + columns + "2",
-       std::string(kSeparator) + kAutoFit + setPageDevice + "%%EndSetup\n"},
+      {"1-up", finishing + oneUp,
+       "end\n" + std::string(kSeparator) + "%%EndProlog\n%%BeginSetup\n"},
+      {"1-up", finishing + oneUp, setPageDevice + kAutoFit + "%%EndSetup\n"},
+      {"no layout", finishing, "end\n" + std::string(kSeparator) + "%%EndProlog\n"},
+      {"2-up", finishing + twoUp,
+       "<</PageSize[612 792]>>setpagedevice\n" + std::string(kSeparator) + kAutoFit +
+           setPageDevice + "%%EndSetup\n"},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    FilterRun run = RunSampleJob("utf8-color.ppd", c.options);
+    FilterJob job;
+    job.ppd = Fixture("ppd/utf8-color.ppd");
+    job.options = c.options;
+    job.input = ReadFile(Fixture("ps/app-letter-2page.ps"));
+    FilterRun run = RunFilter(job);
     ASSERT_EQ(run.status, 0) << run.err;
     const std::string body = SplitStream(run.out).body;
-    EXPECT_NE(body.find(c.expectedAround), std::string::npos) << Visible(body);
+    EXPECT_NE(body.find(c.expectedAround), std::string::npos) << c.name << "\n" << Visible(body);
     // Each fragment is written once.
-    EXPECT_EQ(body.find("setcoverseparator"), body.rfind("setcoverseparator"));
-    EXPECT_EQ(body.find("setsignatureimageshift"), body.rfind("setsignatureimageshift"));
+    EXPECT_EQ(body.find("setcoverseparator"), body.rfind("setcoverseparator")) << c.name;
+    EXPECT_EQ(body.find("setsignatureimageshift"), body.rfind("setsignatureimageshift"))
+        << c.name;
   }
 }
 

@@ -1,5 +1,6 @@
 #include "filter_runner.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/resource.h>
@@ -75,7 +76,7 @@ FilterProcess::FilterProcess(const FilterJob& job) {
     dup2(outPipe[1], 1);
     dup2(errPipe[1], 2);
     for (int fd : {inPipe[0], inPipe[1], outPipe[0], outPipe[1], errPipe[0], errPipe[1]}) close(fd);
-    execve(argp[0], argp.data(), envp.data());
+    execvpe(argp[0], argp.data(), envp.data());
     _exit(127);
   }
   close(inPipe[0]);
@@ -185,10 +186,6 @@ FilterRun RunFilter(const FilterJob& job) {
   return process.Finish();
 }
 
-std::string Fixture(const std::string& relative) {
-  return std::string(ZPJL_FIXTURES) + "/" + relative;
-}
-
 std::string ReadFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   std::ostringstream content;
@@ -196,30 +193,21 @@ std::string ReadFile(const std::string& path) {
   return content.str();
 }
 
+std::vector<std::string> FilesIn(const std::string& dir) {
+  std::vector<std::string> names;
+  if (DIR* d = opendir(dir.c_str())) {
+    while (dirent* e = readdir(d)) {
+      if (e->d_name[0] != '.') names.push_back(e->d_name);
+    }
+    closedir(d);
+  }
+  return names;
+}
+
 std::string ClientHostName(bool utf8Printer) {
   char name[256] = {};
   if (gethostname(name, sizeof name - 1) != 0 || name[0] == '\0') return "UnknownHost";
   return std::string(name).substr(0, utf8Printer ? 32 : 96);
-}
-
-std::string Visible(const std::string& bytes) {
-  std::string visible;
-  for (unsigned char c : bytes) {
-    if (c == 0x1b) {
-      visible += "<ESC>";
-    } else if (c == '\r') {
-      visible += "\\r";
-    } else if (c == '\n') {
-      visible += "\\n\n";
-    } else if (c < 0x20 || c == 0x7f) {
-      char hex[8];
-      snprintf(hex, sizeof hex, "<%02X>", c);
-      visible += hex;
-    } else {
-      visible += static_cast<char>(c);
-    }
-  }
-  return visible;
 }
 
 ::testing::AssertionResult SameStream(const std::string& expected, const std::string& actual) {

@@ -18,8 +18,10 @@
 
 #include <gtest/gtest.h>
 
+#include "test_support.h"
+
 struct FilterJob {
-  std::string filter = ZPJL_FILTER;
+  std::string filter = ZPJL_FILTER;  // a path, or a program found on PATH
   std::optional<std::string> ppd;  // no value: PPD is unset
   std::string jobId = "42";
   std::string user = "alice";
@@ -75,18 +77,14 @@ class FilterProcess {
 
 FilterRun RunFilter(const FilterJob& job);
 
-// Absolute path of a file under tests/fixtures.
-std::string Fixture(const std::string& relative);
 std::string ReadFile(const std::string& path);
+// The names in a directory, without those that start with a dot.
+std::vector<std::string> FilesIn(const std::string& dir);
 
 // The host name a job from this computer carries in its "@CNAM" line: the
 // local name, cut to 32 characters for a UTF-8 printer and to 96 bytes
 // otherwise, or "UnknownHost" when the computer has none.
 std::string ClientHostName(bool utf8Printer);
-
-// The bytes with control bytes visible: ESC as <ESC>, CR as \r, LF as \n
-// followed by a real line break, other control bytes as <XX>.
-std::string Visible(const std::string& bytes);
 
 // Equal streams, or a failure that shows both visibly and the first difference.
 ::testing::AssertionResult SameStream(const std::string& expected, const std::string& actual);

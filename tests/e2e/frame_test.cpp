@@ -1,6 +1,5 @@
 // The job frame through the built filter: arguments, envelope, pass-through,
 // page log, signals and the debug job copy.
-#include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,9 +10,6 @@
 #include "filter_runner.h"
 
 namespace {
-
-const std::string kEnterPS = "@PJL ENTER LANGUAGE=POSTSCRIPT\n";
-const std::string kJobMode = "@PJL JOB MODE=PRINTER\r\n";
 
 TEST(Arguments, WrongCountIsAUsageError) {
   const std::vector<std::vector<std::string>> wrong = {
@@ -27,62 +23,6 @@ TEST(Arguments, WrongCountIsAUsageError) {
     EXPECT_EQ(run.err, "Usage: pstozpjl job-id user title copies options [file]\n");
   }
 }
-
-struct EnvelopeCase {
-  const char* name;
-  std::optional<std::string> ppd;
-  bool utf8Line;
-  const char* block;  // expected PRINTJOBINFO version line, or nullptr
-  bool enterPS;
-};
-void PrintTo(const EnvelopeCase& c, std::ostream* os) { *os << c.name; }
-
-class EnvelopeTest : public ::testing::TestWithParam<EnvelopeCase> {};
-
-TEST_P(EnvelopeTest, HeaderShape) {
-  const EnvelopeCase& c = GetParam();
-  FilterJob job;
-  job.ppd = c.ppd;
-  job.input = "%!PS\n";
-  job.file = "/nonexistent/job.ps";  // no PostScript: the header and trailer only
-  FilterRun run = RunFilter(job);
-  ASSERT_EQ(run.status, 0);
-
-  std::string start = kUEL + (c.utf8Line ? "@PJL SET STRINGCODESET=UTF8\n" : "") + kJobMode;
-  EXPECT_TRUE(SameStream(start, run.out.substr(0, start.size())));
-  const std::string v13 = "@PJL COMMENT PRINTJOBINFO VERSION=1.3.0\n";
-  const std::string v15 = "@PJL COMMENT PRINTJOBINFO VERSION=1.5.0\n";
-  size_t block = run.out.find("@PJL COMMENT PRINTJOBINFO VERSION=");
-  if (c.block == nullptr) {
-    EXPECT_EQ(block, std::string::npos) << Visible(run.out);
-  } else {
-    ASSERT_NE(block, std::string::npos) << Visible(run.out);
-    EXPECT_EQ(run.out.compare(block, std::strlen(c.block), c.block), 0) << Visible(run.out);
-    EXPECT_NE(run.out.find("@PJL COMMENT PRINTJOBINFO END\n", block), std::string::npos);
-  }
-  std::string end = (c.enterPS ? kEnterPS : "") + kTrailer;
-  ASSERT_GE(run.out.size(), end.size());
-  EXPECT_TRUE(SameStream(end, run.out.substr(run.out.size() - end.size())));
-  EXPECT_EQ(run.out.find(kEnterPS) != std::string::npos, c.enterPS);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Printers, EnvelopeTest,
-    ::testing::Values(
-        EnvelopeCase{"Legacy", Fixture("ppd/legacy-mono.ppd"), false,
-                     "@PJL COMMENT PRINTJOBINFO VERSION=1.3.0\n", true},
-        EnvelopeCase{"Utf8CommentOn", Fixture("ppd/utf8-color.ppd"), true,
-                     "@PJL COMMENT PRINTJOBINFO VERSION=1.5.0\n", true},
-        EnvelopeCase{"Utf8CommentOff", Fixture("ppd/utf8-nocomment.ppd"), true, nullptr, true},
-        EnvelopeCase{"NoEncodingNoPCFileName", Fixture("ppd/bare.ppd"), false, nullptr, true},
-        EnvelopeCase{"ListedModel", Fixture("ppd/listed-model.ppd"), false,
-                     "@PJL COMMENT PRINTJOBINFO VERSION=1.3.0\n", true},
-        EnvelopeCase{"UnlistedModelCommentOn", Fixture("ppd/unlisted-model.ppd"), false,
-                     "@PJL COMMENT PRINTJOBINFO VERSION=1.5.0\n", true},
-        EnvelopeCase{"DecompositionMode", Fixture("ppd/decomp.ppd"), true, nullptr, false},
-        EnvelopeCase{"NoPPD", std::nullopt, false, nullptr, true},
-        EnvelopeCase{"UnreadablePPD", Fixture("ps/simple.ps"), false, nullptr, true}),
-    [](const ::testing::TestParamInfo<EnvelopeCase>& info) { return info.param.name; });
 
 struct PassCase {
   const char* name;
@@ -208,19 +148,8 @@ TEST(Signals, BrokenPipeGivesExitStatusOne) {
 
 // ---- The debug job copy ----------------------------------------------------
 
-std::vector<std::string> Files(const std::string& dir) {
-  std::vector<std::string> names;
-  if (DIR* d = opendir(dir.c_str())) {
-    while (dirent* e = readdir(d)) {
-      if (e->d_name[0] != '.') names.push_back(e->d_name);
-    }
-    closedir(d);
-  }
-  return names;
-}
-
 void RemoveFiles(const std::string& dir) {
-  for (const std::string& name : Files(dir)) unlink((dir + "/" + name).c_str());
+  for (const std::string& name : FilesIn(dir)) unlink((dir + "/" + name).c_str());
 }
 
 std::string MakeTempDir(const std::string& suffix = "") {
@@ -245,7 +174,7 @@ void ExpectCopyIn(const std::string& filter, std::optional<std::string> tmpdir,
   job.input = ReadFile(Fixture("ps/simple.ps"));
   FilterRun run = RunFilter(job);
   ASSERT_EQ(run.status, 0);
-  std::vector<std::string> copies = Files(dir);
+  std::vector<std::string> copies = FilesIn(dir);
   ASSERT_EQ(copies.size(), 1u) << dir;
   const std::string& name = copies[0];
   EXPECT_TRUE(name.size() == 20 && name.compare(0, 2, "kr") == 0 &&
@@ -279,14 +208,14 @@ TEST(DebugJobCopy, EqualsThePrintStream) {
   ExpectCopyIn(ZPJL_FILTER_DARWIN19, std::nullopt, legacyDir);
   sleep(1);
   ExpectCopyIn(ZPJL_FILTER_DARWIN13, tmp, legacyDir);
-  EXPECT_TRUE(Files(tmp).empty());
+  EXPECT_TRUE(FilesIn(tmp).empty());
 
   unlink(flag.c_str());
   FilterJob job;
   job.filter = ZPJL_FILTER_DARWIN19;
   job.env["TMPDIR"] = tmp;
   RunFilter(job);
-  EXPECT_TRUE(Files(tmp).empty()) << "no flag file, no copy";
+  EXPECT_TRUE(FilesIn(tmp).empty()) << "no flag file, no copy";
   rmdir(percent.c_str());
   rmdir(percent.substr(0, percent.rfind('/')).c_str());
   rmdir(tmp.c_str());

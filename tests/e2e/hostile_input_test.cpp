@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "filter_runner.h"
-#include "sealed_fields.h"
+#include "sealed_blob.h"
 
 namespace {
 

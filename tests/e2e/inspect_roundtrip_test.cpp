@@ -18,16 +18,11 @@
 #include "inspect/inspect_cli.h"
 #include "inspect/stream_inspection.h"
 #include "sealed_blob.h"
-#include "sealed_fields.h"
 
 namespace {
 
 const std::string kSchema = std::string(ZPJL_SOURCE_DIR) + "/docs/zpjl-inspect-schema.json";
 const char kPython[] = "/usr/bin/python3";
-
-std::string Key(const std::string& suffix, const std::string& value) {
-  return " com.korvanel.qd.jtz.printsettings." + suffix + "=" + value;
-}
 
 // One line the job must produce, found in this order among the header lines.
 struct Want {

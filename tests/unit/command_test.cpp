@@ -46,8 +46,6 @@ INSTANTIATE_TEST_SUITE_P(
                       "@PJL SET JOBATTR=\"@JOAU=bob\"\n"},
         ExpansionCase{"DoublePercentBeforeSymbol", "100%%d", {&kFive}, "100%5"},
         ExpansionCase{"NegativeDecimal", "x=%d;", {&kMinus}, "x=-17;"},
-        ExpansionCase{"NoSymbols", "@PJL ENTER LANGUAGE=POSTSCRIPT\n", {},
-                      "@PJL ENTER LANGUAGE=POSTSCRIPT\n"},
         ExpansionCase{"UnknownSymbolIsLiteral", "a%xb%d", {&kFive}, "a%xb5"},
         ExpansionCase{"TrailingPercentIsLiteral", "%d%", {&kFive}, "5%"},
         ExpansionCase{"SymbolAtEndStopsScan", "v=%d", {&kFive}, "v=5"},
@@ -64,11 +62,6 @@ TEST(BuildPrintComand, NullParamTableCopiesFormatWithoutSymbols) {
   EXPECT_STREQ(out, "plain text\n");
   BuildPrintComand("before %d after", nullptr, out, sizeof out);
   EXPECT_STREQ(out, "");
-}
-
-TEST(BuildPrintComand, EmptyFormatGivesEmptyOutput) {
-  char out[kCommandBufferSize];
-  out[0] = 'x';
   BuildPrintComand("", nullptr, out, sizeof out);
   EXPECT_STREQ(out, "");
 }

@@ -13,8 +13,6 @@
 
 namespace {
 
-const std::string kUTF8PPD = std::string(ZPJL_FIXTURES) + "/ppd/text-utf8.ppd";
-
 // Socket addresses from numeric texts; "bad" is an address of no family,
 // which getnameinfo refuses.
 std::vector<ResolvedAddress> Addresses(const std::vector<std::string>& texts) {
@@ -50,10 +48,8 @@ TEST(MyPrintAddressArray, AddressChoice) {
        "10.0.0.5", true},
       {"IPv6 then IPv4: IPv4 replaces it", {"2001:db8::1", "192.168.1.20"}, 46, "192.168.1.20",
        true},
-      {"later IPv6 replaces earlier", {"2001:db8::1", "2001:db8::2"}, 46, "2001:db8::2", true},
       {"only fe80::1: nothing chosen, flag still set", {"fe80::1"}, 46, "", true},
       {"fe80::1 is matched as a substring", {"fe80::1234"}, 46, "", true},
-      {"only 127.0.0.1", {"127.0.0.1"}, 46, "", true},
       {"IPv6 loopback is chosen", {"::1"}, 46, "::1", true},
       {"last conversion failed", {"2001:db8::1", "bad"}, 46, "2001:db8::1", false},
       {"empty list", {}, 46, "", false},
@@ -80,22 +76,17 @@ TEST(FormatClientAddressText, IPv4AndIPv6Texts) {
       {"192.168.1.20", "IC0A80114"},
       {"255.255.255.255", "IFFFFFFFF"},
       {"256.1.1.1", ""},
-      {"1000.1.1.1", ""},
       {"2001:db8:0:0:1:2:3:4", "620010db8000000000001000200030004"},
       // Three padded groups gain seven zero groups: nine groups in all.
       {"fe80::1", "6fe80" + Zeros(7) + "0001"},
-      {"fe80::1%eth0", "6fe80" + Zeros(7) + "0001"},
       {"::1", "6" + Zeros(8) + "0001"},
       // Four groups gain six: again one more than eight.
       {"2001:db8::", "620010db8" + Zeros(7)},
       // Five to seven groups come out at exactly eight.
       {"2001:db8::5:6", "620010db8" + Zeros(4) + "00050006"},
-      {"2001:db8:1::5:6", "620010db80001" + Zeros(3) + "00050006"},
       // No "0000" group at all (the last group is never searched).
       {"2001:db8:1:2:3:4:5:6", "6"},
-      {"1:2:3:4:5:6:7:0", "6"},
       {"localhost", ""},
-      {"", ""},
   };
   for (const Case& c : cases) {
     char out[kIPAddressStrSize + 1];
@@ -119,10 +110,8 @@ TEST(HostName, CutToThePrinterLimits) {
   const Case cases[] = {
       {"short", "print-host", true, "print-host"},
       {"UTF-8: 40 characters cut to 32", std::string(40, 'h'), true, std::string(32, 'h')},
-      {"UTF-8: 33 characters cut to 32", std::string(33, 'h'), true, std::string(32, 'h')},
       {"UTF-8: 32 characters kept", std::string(32, 'h'), true, std::string(32, 'h')},
       {"UTF-8: units, not bytes", kana40, true, kana40.substr(0, 96)},
-      {"Shift-JIS: 40 characters kept", std::string(40, 'h'), false, std::string(40, 'h')},
       {"Shift-JIS: cut to 96 bytes", std::string(200, 'h'), false, std::string(96, 'h')},
   };
   for (const Case& c : cases) {
@@ -134,20 +123,6 @@ TEST(HostName, CutToThePrinterLimits) {
   }
 }
 
-TEST(HostName, FillsFromTheSystemName) {
-  setenv("PPD", kUTF8PPD.c_str(), 1);
-  char system[256] = {};
-  ASSERT_EQ(gethostname(system, sizeof system - 1), 0);
-  char expected[kHostNameStrSize];
-  CopyHostNameForPrinter(system, true, expected);
-  char destination[kHostNameStrSize];
-  std::memset(destination, 'x', sizeof destination);
-  getHostName(destination);
-  EXPECT_STREQ(destination, expected);
-  EXPECT_GT(std::strlen(destination), 0u);
-  unsetenv("PPD");
-}
-
 TEST(GetHostAddress, ResolvesNumericNames) {
   struct Case {
     const char* name;
@@ -157,7 +132,6 @@ TEST(GetHostAddress, ResolvesNumericNames) {
   const Case cases[] = {
       {"10.0.0.5", true, "10.0.0.5"},
       {"2001:db8:0:0:1:2:3:4", true, "2001:db8::1:2:3:4"},
-      {"::1", true, "::1"},
       {"127.0.0.1", true, ""},  // nothing chosen, yet the flag is set
       {"", false, ""},
   };

@@ -16,9 +16,9 @@
 #include "frame/fixed_text.h"
 #include "frame/job_state.h"
 #include "inspect/stream_inspection.h"
-#include "module_output_capture.h"
 #include "modules/job_comments/job_comments.h"
-#include "sealed_fields.h"
+#include "sealed_blob.h"
+#include "test_support.h"
 
 namespace {
 

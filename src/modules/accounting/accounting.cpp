@@ -2,13 +2,12 @@
 
 #include <cstddef>
 #include <initializer_list>
-#include <utility>
 
 #include "engine/condition.h"
 #include "engine/job_header.h"
 #include "frame/job_state.h"
 #include "frame/ppd_queries.h"
-#include "secure/password_field.h"
+#include "ticket/ticket_rows.h"
 
 JBAOption zpjlOptionJBA;
 
@@ -18,113 +17,39 @@ constexpr JBAOption& jba = zpjlOptionJBA;
 
 // ---- Ticket bindings ------------------------------------------------------
 
-// How a row reads its key. `Name` is text that UTF-8 printers take in UTF-8
-// (user and storage IDs); every other text is read in the Shift-JIS form.
-enum class Read { Integer, Text, Name, Password, KeyAbsent, NumberUp };
-
-struct TicketRow {
-  const char* key;
-  void* destination;
-  int32_t size;
-  Read read;
-};
-
-template <typename Field>
-constexpr TicketRow Row(const char* key, Field& field, Read read) {
-  return {key, &field, static_cast<int32_t>(sizeof field), read};
-}
-constexpr TicketRow Row(const char* key, char* buffer, int32_t size, Read read) {
-  return {key, buffer, size, read};
-}
-
-constexpr TicketGetter GetterFor(Read read, bool utf8) {
-  switch (read) {
-    case Read::Integer:
-      return GetTicketInteger;
-    case Read::Text:
-      return GetTicketStringConvertedToPrtLang;
-    case Read::Name:
-      return utf8 ? GetTicketStringConvertedToPrtLangForUTF8 : GetTicketStringConvertedToPrtLang;
-    case Read::Password:
-      return GetTicketPasswordStringConvertedToEncryption;
-    case Read::KeyAbsent:
-      return CheckTicketKey;
-    case Read::NumberUp:
-      return GetNumberUpTicketString;
-  }
-  return GetTicketStringConvertedToPrtLang;
-}
-
-template <size_t N, size_t... I>
-constexpr std::array<TicketBinding, N> MakeBindings(const TicketRow (&rows)[N], bool utf8,
-                                                    std::index_sequence<I...>) {
-  return {{{rows[I].key, rows[I].destination, rows[I].size, GetterFor(rows[I].read, utf8)}...}};
-}
-template <size_t N>
-constexpr std::array<TicketBinding, N> MakeBindings(const TicketRow (&rows)[N], bool utf8) {
-  return MakeBindings(rows, utf8, std::make_index_sequence<N>{});
-}
-
-constexpr char kJBAHostNameTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAMacHostNameStringTicket";
-constexpr char kJBAIPAddressTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAIPAddressStringTicket";
-constexpr char kJBAInfoListTicketKey[] = "com.korvanel.qd.jtz.printsettings.JBAInfoListTicketKey";
-constexpr char kJBAInfoSetListTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAInfoSetListTicketKey";
-constexpr char kJBAManageTypeTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAManageTypeListTicketKey";
-constexpr char kJBAUserSettingTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAUserSettingRadioBtnTicket";
-constexpr char kJBAUserIDTypeTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAUserIDListCtrlTicket";
-constexpr char kJBAUserIDTicketKey[] = "com.korvanel.qd.jtz.printsettings.JBAUserIDTextEditTicket";
-constexpr char kJBADomainNameTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBADomainNameTextEditTicket";
-constexpr char kJBAUserPasswordTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAUserPasswordTextEditTicket";
-constexpr char kJBAAccountIDTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAAccountIDTextEditTicket";
-constexpr char kJBAStorageIDTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAStorageIDTextEditTicket";
-constexpr char kJBAStoragePasswordTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAStoragePasswordTextEditTicket";
-constexpr char kJBAUserInputTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAUserInputRadioBtnTicket";
-constexpr char kJBAAdminUserSettingTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAAdminUserSettingRadioBtnTicket";
-constexpr char kJBAAdminUserIDTypeTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAAdminUserIDListCtrlTicket";
-constexpr char kJBAAdminUserIDTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAAdminUserIDTextEditTicket";
-constexpr char kJBAAdminDomainNameTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAAdminDomainNameTextEditTicket";
-constexpr char kJBAAdminUserPasswordTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAAdminUserPasswordTextEditTicket";
-constexpr char kJBAAdminAccountIDTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAAdminAccountIDTextEditTicket";
-constexpr char kJBAAdminStorageIDTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAAdminStorageIDTextEditTicket";
+constexpr char kJBAHostNameTicketKey[] = JTZ_KEY("JBAMacHostNameStringTicket");
+constexpr char kJBAIPAddressTicketKey[] = JTZ_KEY("JBAIPAddressStringTicket");
+constexpr char kJBAInfoListTicketKey[] = JTZ_KEY("JBAInfoListTicketKey");
+constexpr char kJBAInfoSetListTicketKey[] = JTZ_KEY("JBAInfoSetListTicketKey");
+constexpr char kJBAManageTypeTicketKey[] = JTZ_KEY("JBAManageTypeListTicketKey");
+constexpr char kJBAUserSettingTicketKey[] = JTZ_KEY("JBAUserSettingRadioBtnTicket");
+constexpr char kJBAUserIDTypeTicketKey[] = JTZ_KEY("JBAUserIDListCtrlTicket");
+constexpr char kJBAUserIDTicketKey[] = JTZ_KEY("JBAUserIDTextEditTicket");
+constexpr char kJBADomainNameTicketKey[] = JTZ_KEY("JBADomainNameTextEditTicket");
+constexpr char kJBAUserPasswordTicketKey[] = JTZ_KEY("JBAUserPasswordTextEditTicket");
+constexpr char kJBAAccountIDTicketKey[] = JTZ_KEY("JBAAccountIDTextEditTicket");
+constexpr char kJBAStorageIDTicketKey[] = JTZ_KEY("JBAStorageIDTextEditTicket");
+constexpr char kJBAStoragePasswordTicketKey[] = JTZ_KEY("JBAStoragePasswordTextEditTicket");
+constexpr char kJBAUserInputTicketKey[] = JTZ_KEY("JBAUserInputRadioBtnTicket");
+constexpr char kJBAAdminUserSettingTicketKey[] = JTZ_KEY("JBAAdminUserSettingRadioBtnTicket");
+constexpr char kJBAAdminUserIDTypeTicketKey[] = JTZ_KEY("JBAAdminUserIDListCtrlTicket");
+constexpr char kJBAAdminUserIDTicketKey[] = JTZ_KEY("JBAAdminUserIDTextEditTicket");
+constexpr char kJBAAdminDomainNameTicketKey[] = JTZ_KEY("JBAAdminDomainNameTextEditTicket");
+constexpr char kJBAAdminUserPasswordTicketKey[] = JTZ_KEY("JBAAdminUserPasswordTextEditTicket");
+constexpr char kJBAAdminAccountIDTicketKey[] = JTZ_KEY("JBAAdminAccountIDTextEditTicket");
+constexpr char kJBAAdminStorageIDTicketKey[] = JTZ_KEY("JBAAdminStorageIDTextEditTicket");
 constexpr char kJBAAdminStoragePasswordTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAAdminStoragePasswordTextEditTicket";
-constexpr char kJBAAdminUserInputTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAAdminUserInputRadioBtnTicket";
-constexpr char kJBAInputAuthTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAInputAuthRadioBtnTicketKey";
-constexpr char kJBAInputStorageTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAInputStrgRadioBtnTicketKey";
-constexpr char kJBAInputStorageIDTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAInputStorageIDTextEditTicket";
+    JTZ_KEY("JBAAdminStoragePasswordTextEditTicket");
+constexpr char kJBAAdminUserInputTicketKey[] = JTZ_KEY("JBAAdminUserInputRadioBtnTicket");
+constexpr char kJBAInputAuthTicketKey[] = JTZ_KEY("JBAInputAuthRadioBtnTicketKey");
+constexpr char kJBAInputStorageTicketKey[] = JTZ_KEY("JBAInputStrgRadioBtnTicketKey");
+constexpr char kJBAInputStorageIDTicketKey[] = JTZ_KEY("JBAInputStorageIDTextEditTicket");
 constexpr char kJBAInputStoragePasswordTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAInputStoragePasswordTextEditTicket";
-constexpr char kJBAInputUserIDTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAInputUserIDTextEditTicket";
-constexpr char kJBAInputDomainNameTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAInputDomainNameTextEditTicket";
-constexpr char kJBAInputUserPasswordTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAInputUserPasswordTextEditTicket";
-constexpr char kJBAInputAccountIDTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.JBAInputAccountIDTextEditTicket";
+    JTZ_KEY("JBAInputStoragePasswordTextEditTicket");
+constexpr char kJBAInputUserIDTicketKey[] = JTZ_KEY("JBAInputUserIDTextEditTicket");
+constexpr char kJBAInputDomainNameTicketKey[] = JTZ_KEY("JBAInputDomainNameTextEditTicket");
+constexpr char kJBAInputUserPasswordTicketKey[] = JTZ_KEY("JBAInputUserPasswordTextEditTicket");
+constexpr char kJBAInputAccountIDTicketKey[] = JTZ_KEY("JBAInputAccountIDTextEditTicket");
 
 constexpr char kNumberUpTicketKey[] = "number-up";
 constexpr char kLayoutDirectionTicketKey[] = "com.apple.print.PrintSettings.PMLayoutDirection..n.";
@@ -164,58 +89,60 @@ constexpr int32_t kLayoutTextSize = 10;
 constexpr int32_t kPaperRectTextSize = 20;
 
 constexpr TicketRow kCommonTicketRows[JBATicketDataNumCommon] = {
-    Row(kJBAHostNameTicketKey, jba.hostName, Read::Text),
-    Row(kJBAIPAddressTicketKey, jba.ipAddress, Read::Text),
-    Row(kJBAInfoListTicketKey, jba.infoList, Read::Integer),
-    Row(kJBAInfoSetListTicketKey, jba.infoSetList, Read::Integer),
-    Row(kNumberUpTicketKey, StdNUpInfo, kLayoutTextSize, Read::NumberUp),
-    Row(kNumberUpTicketKey, StdLayoutInfo, kLayoutTextSize, Read::Text),
-    Row(kLayoutDirectionTicketKey, StdLayoutDirectionInfo, kLayoutTextSize, Read::Text),
-    Row(kLayoutRowsTicketKey, StdLayoutRowInfo, kLayoutTextSize, Read::Text),
-    Row(kLayoutColumnsTicketKey, StdLayoutColumnInfo, kLayoutTextSize, Read::Text),
-    Row(kPaperRectOriginXTicketKey, StdPaperInfoRectOriginXKey, kPaperRectTextSize, Read::Text),
-    Row(kPaperRectOriginYTicketKey, StdPaperInfoRectOriginYKey, kPaperRectTextSize, Read::Text),
-    Row(kPaperRectHeightTicketKey, StdPaperInfoRectHeightKey, kPaperRectTextSize, Read::Text),
-    Row(kPaperRectWidthTicketKey, StdPaperInfoRectWidthKey, kPaperRectTextSize, Read::Text),
+    Row(kJBAHostNameTicketKey, jba.hostName, TicketRead::Text),
+    Row(kJBAIPAddressTicketKey, jba.ipAddress, TicketRead::Text),
+    Row(kJBAInfoListTicketKey, jba.infoList, TicketRead::Integer),
+    Row(kJBAInfoSetListTicketKey, jba.infoSetList, TicketRead::Integer),
+    Row(kNumberUpTicketKey, StdNUpInfo, kLayoutTextSize, TicketRead::NumberUp),
+    Row(kNumberUpTicketKey, StdLayoutInfo, kLayoutTextSize, TicketRead::Text),
+    Row(kLayoutDirectionTicketKey, StdLayoutDirectionInfo, kLayoutTextSize, TicketRead::Text),
+    Row(kLayoutRowsTicketKey, StdLayoutRowInfo, kLayoutTextSize, TicketRead::Text),
+    Row(kLayoutColumnsTicketKey, StdLayoutColumnInfo, kLayoutTextSize, TicketRead::Text),
+    Row(kPaperRectOriginXTicketKey, StdPaperInfoRectOriginXKey, kPaperRectTextSize,
+        TicketRead::Text),
+    Row(kPaperRectOriginYTicketKey, StdPaperInfoRectOriginYKey, kPaperRectTextSize,
+        TicketRead::Text),
+    Row(kPaperRectHeightTicketKey, StdPaperInfoRectHeightKey, kPaperRectTextSize, TicketRead::Text),
+    Row(kPaperRectWidthTicketKey, StdPaperInfoRectWidthKey, kPaperRectTextSize, TicketRead::Text),
     Row(kAdobePaperRectOriginXTicketKey, StdAdobePaperInfoRectOriginXKey, kPaperRectTextSize,
-        Read::Text),
+        TicketRead::Text),
     Row(kAdobePaperRectOriginYTicketKey, StdAdobePaperInfoRectOriginYKey, kPaperRectTextSize,
-        Read::Text),
+        TicketRead::Text),
     Row(kAdobePaperRectHeightTicketKey, StdAdobePaperInfoRectHeightKey, kPaperRectTextSize,
-        Read::Text),
+        TicketRead::Text),
     Row(kAdobePaperRectWidthTicketKey, StdAdobePaperInfoRectWidthKey, kPaperRectTextSize,
-        Read::Text),
-    Row(kJBAManageTypeTicketKey, jba.manageType, Read::Integer),
-    Row(kJBAUserSettingTicketKey, jba.userSetting, Read::Integer),
-    Row(kJBAUserIDTypeTicketKey, jba.userIDType, Read::Integer),
-    Row(kJBAUserIDTicketKey, jba.userIDAbsent, Read::KeyAbsent),
-    Row(kJBAUserIDTicketKey, jba.userID, Read::Name),
-    Row(kJBAUserPasswordTicketKey, jba.userPassword, Read::Password),
-    Row(kJBADomainNameTicketKey, jba.domainName, Read::Text),
-    Row(kJBAInputDomainNameTicketKey, jba.inputDomainName, Read::Text),
-    Row(kJBAAccountIDTicketKey, jba.accountID, Read::Text),
-    Row(kJBAStorageIDTicketKey, jba.storageID, Read::Name),
-    Row(kJBAStoragePasswordTicketKey, jba.storagePassword, Read::Password),
-    Row(kJBAUserInputTicketKey, jba.userInput, Read::Integer),
-    Row(kJBAInputAuthTicketKey, jba.inputAuth, Read::Integer),
-    Row(kJBAInputStorageTicketKey, jba.inputStorage, Read::Integer),
-    Row(kJBAInputStorageIDTicketKey, jba.inputStorageID, Read::Name),
-    Row(kJBAInputStoragePasswordTicketKey, jba.inputStoragePassword, Read::Password),
-    Row(kJBAInputUserIDTicketKey, jba.inputUserID, Read::Name),
-    Row(kJBAInputUserPasswordTicketKey, jba.inputUserPassword, Read::Password),
-    Row(kJBAInputAccountIDTicketKey, jba.inputAccountID, Read::Text),
+        TicketRead::Text),
+    Row(kJBAManageTypeTicketKey, jba.manageType, TicketRead::Integer),
+    Row(kJBAUserSettingTicketKey, jba.userSetting, TicketRead::Integer),
+    Row(kJBAUserIDTypeTicketKey, jba.userIDType, TicketRead::Integer),
+    Row(kJBAUserIDTicketKey, jba.userIDAbsent, TicketRead::KeyAbsent),
+    Row(kJBAUserIDTicketKey, jba.userID, TicketRead::Name),
+    Row(kJBAUserPasswordTicketKey, jba.userPassword, TicketRead::Password),
+    Row(kJBADomainNameTicketKey, jba.domainName, TicketRead::Text),
+    Row(kJBAInputDomainNameTicketKey, jba.inputDomainName, TicketRead::Text),
+    Row(kJBAAccountIDTicketKey, jba.accountID, TicketRead::Text),
+    Row(kJBAStorageIDTicketKey, jba.storageID, TicketRead::Name),
+    Row(kJBAStoragePasswordTicketKey, jba.storagePassword, TicketRead::Password),
+    Row(kJBAUserInputTicketKey, jba.userInput, TicketRead::Integer),
+    Row(kJBAInputAuthTicketKey, jba.inputAuth, TicketRead::Integer),
+    Row(kJBAInputStorageTicketKey, jba.inputStorage, TicketRead::Integer),
+    Row(kJBAInputStorageIDTicketKey, jba.inputStorageID, TicketRead::Name),
+    Row(kJBAInputStoragePasswordTicketKey, jba.inputStoragePassword, TicketRead::Password),
+    Row(kJBAInputUserIDTicketKey, jba.inputUserID, TicketRead::Name),
+    Row(kJBAInputUserPasswordTicketKey, jba.inputUserPassword, TicketRead::Password),
+    Row(kJBAInputAccountIDTicketKey, jba.inputAccountID, TicketRead::Text),
 };
 
 constexpr TicketRow kAdminTicketRows[JBATicketDataNumAdmin] = {
-    Row(kJBAAdminUserSettingTicketKey, jba.adminUserSetting, Read::Integer),
-    Row(kJBAAdminUserIDTypeTicketKey, jba.adminUserIDType, Read::Integer),
-    Row(kJBAAdminUserIDTicketKey, jba.adminUserID, Read::Name),
-    Row(kJBAAdminDomainNameTicketKey, jba.adminDomainName, Read::Text),
-    Row(kJBAAdminUserPasswordTicketKey, jba.adminUserPassword, Read::Password),
-    Row(kJBAAdminAccountIDTicketKey, jba.adminAccountID, Read::Text),
-    Row(kJBAAdminStorageIDTicketKey, jba.adminStorageID, Read::Name),
-    Row(kJBAAdminStoragePasswordTicketKey, jba.adminStoragePassword, Read::Password),
-    Row(kJBAAdminUserInputTicketKey, jba.adminUserInput, Read::Integer),
+    Row(kJBAAdminUserSettingTicketKey, jba.adminUserSetting, TicketRead::Integer),
+    Row(kJBAAdminUserIDTypeTicketKey, jba.adminUserIDType, TicketRead::Integer),
+    Row(kJBAAdminUserIDTicketKey, jba.adminUserID, TicketRead::Name),
+    Row(kJBAAdminDomainNameTicketKey, jba.adminDomainName, TicketRead::Text),
+    Row(kJBAAdminUserPasswordTicketKey, jba.adminUserPassword, TicketRead::Password),
+    Row(kJBAAdminAccountIDTicketKey, jba.adminAccountID, TicketRead::Text),
+    Row(kJBAAdminStorageIDTicketKey, jba.adminStorageID, TicketRead::Name),
+    Row(kJBAAdminStoragePasswordTicketKey, jba.adminStoragePassword, TicketRead::Password),
+    Row(kJBAAdminUserInputTicketKey, jba.adminUserInput, TicketRead::Integer),
 };
 
 }  // namespace

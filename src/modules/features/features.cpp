@@ -52,9 +52,6 @@ const char* const mediaTypeA5 = "A5";
 
 namespace {
 
-#define JTZ_KEY(name) "com.korvanel.qd.jtz.printsettings." name
-#define ETZ_KEY(name) "com.korvanel.qd.etz.printsettings." name
-
 constexpr int32_t kIntSize = sizeof(int32_t);
 constexpr FeaturesOptionRecord& F = zpjlOptionFeatures;
 
@@ -102,9 +99,6 @@ const TicketBinding FeaturesticketData[] = {
 };
 // clang-format on
 const int32_t FeaturesticketDataNum = sizeof FeaturesticketData / sizeof FeaturesticketData[0];
-
-#undef JTZ_KEY
-#undef ETZ_KEY
 
 void FeaturesGetTicketFromPDE(char* argv[]) {
   GetTicketFromArray(argv, FeaturesticketData, FeaturesticketDataNum);

@@ -1,5 +1,6 @@
 #include "modules/perfect_binding/perfect_binding.h"
 
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -9,47 +10,42 @@
 #include "frame/fixed_text.h"
 #include "frame/output_channel.h"
 #include "platform/job_ppd.h"
+#include "ticket/ticket_rows.h"
 
 PBindOption psoptionpbind;
 
 namespace {
-constexpr int32_t kText = static_cast<int32_t>(kPBindTextSize);
+
+constexpr PBindOption& pb = psoptionpbind;
+
+constexpr TicketRow kTicketRows[] = {
+    Row("KRPBindPosition", pb.position, TicketRead::Text),
+    Row("KRPBindTrimming", pb.trimming, TicketRead::Text),
+    Row("KRPBindCutPageSize", pb.cutPageSize, TicketRead::Text),
+    // The leading "no" keeps this key from ever matching the PPD option.
+    Row("noKRPBindImagePosition", pb.imagePosition, TicketRead::Integer),
+    Row("KRPBindCutPositionTop", pb.cutPositionTop, TicketRead::Text),
+    Row("KRPBindCutPositionFore", pb.cutPositionFore, TicketRead::Text),
+    Row("KRPBindPageSize", pb.pageSize, TicketRead::Text),
+    Row("KRPBindCoverPageSize", pb.coverPageSize, TicketRead::Text),
+    Row("KRPBindCoverMediaType", pb.coverMediaType, TicketRead::Text),
+    Row("KRPBindCoverMediaColor", pb.coverMediaColor, TicketRead::Text),
+    Row("KRPBindCoverPaperTray", pb.coverPaperTray, TicketRead::Text),
+    Row("KRPBindRotationAdjustTop", pb.rotationAdjustTop, TicketRead::Text),
+    Row("KRPBindRotationAdjustBot", pb.rotationAdjustBot, TicketRead::Text),
+    Row("KRPBindRotationAdjustFore", pb.rotationAdjustFore, TicketRead::Text),
+    Row("KRPBindCutPageAdjustmentTB", pb.cutPageAdjustmentTB, TicketRead::Text),
+    Row("KRPBindCutPageAdjustmentFore", pb.cutPageAdjustmentFore, TicketRead::Text),
+    Row("KRPBindCutPositionAdjustmentTB", pb.cutPositionAdjustmentTB, TicketRead::Text),
+    Row("KRPBindCoverAdjustX", pb.coverAdjustX, TicketRead::Text),
+    Row("KRPBindCoverAdjustY", pb.coverAdjustY, TicketRead::Text),
+};
+constexpr auto kBindings = MakeBindings(kTicketRows, false);
+
 }  // namespace
 
-const TicketBinding PBindticketData[] = {
-    {"KRPBindPosition", psoptionpbind.position, kText, GetTicketStringConvertedToPrtLang},
-    {"KRPBindTrimming", psoptionpbind.trimming, kText, GetTicketStringConvertedToPrtLang},
-    {"KRPBindCutPageSize", psoptionpbind.cutPageSize, kText, GetTicketStringConvertedToPrtLang},
-    // The leading "no" keeps this key from ever matching the PPD option.
-    {"noKRPBindImagePosition", &psoptionpbind.imagePosition, sizeof(int32_t), GetTicketInteger},
-    {"KRPBindCutPositionTop", psoptionpbind.cutPositionTop, kText,
-     GetTicketStringConvertedToPrtLang},
-    {"KRPBindCutPositionFore", psoptionpbind.cutPositionFore, kText,
-     GetTicketStringConvertedToPrtLang},
-    {"KRPBindPageSize", psoptionpbind.pageSize, kText, GetTicketStringConvertedToPrtLang},
-    {"KRPBindCoverPageSize", psoptionpbind.coverPageSize, kText, GetTicketStringConvertedToPrtLang},
-    {"KRPBindCoverMediaType", psoptionpbind.coverMediaType, kText,
-     GetTicketStringConvertedToPrtLang},
-    {"KRPBindCoverMediaColor", psoptionpbind.coverMediaColor, kText,
-     GetTicketStringConvertedToPrtLang},
-    {"KRPBindCoverPaperTray", psoptionpbind.coverPaperTray, kText,
-     GetTicketStringConvertedToPrtLang},
-    {"KRPBindRotationAdjustTop", psoptionpbind.rotationAdjustTop, kText,
-     GetTicketStringConvertedToPrtLang},
-    {"KRPBindRotationAdjustBot", psoptionpbind.rotationAdjustBot, kText,
-     GetTicketStringConvertedToPrtLang},
-    {"KRPBindRotationAdjustFore", psoptionpbind.rotationAdjustFore, kText,
-     GetTicketStringConvertedToPrtLang},
-    {"KRPBindCutPageAdjustmentTB", psoptionpbind.cutPageAdjustmentTB, kText,
-     GetTicketStringConvertedToPrtLang},
-    {"KRPBindCutPageAdjustmentFore", psoptionpbind.cutPageAdjustmentFore, kText,
-     GetTicketStringConvertedToPrtLang},
-    {"KRPBindCutPositionAdjustmentTB", psoptionpbind.cutPositionAdjustmentTB, kText,
-     GetTicketStringConvertedToPrtLang},
-    {"KRPBindCoverAdjustX", psoptionpbind.coverAdjustX, kText, GetTicketStringConvertedToPrtLang},
-    {"KRPBindCoverAdjustY", psoptionpbind.coverAdjustY, kText, GetTicketStringConvertedToPrtLang},
-};
-const int32_t PBindticketDataNum = 19;
+const TicketBinding* const PBindticketData = kBindings.data();
+const int32_t PBindticketDataNum = static_cast<int32_t>(kBindings.size());
 
 const PBindTranslation PerfectBindParam[] = {
     // Sizes
@@ -205,31 +201,45 @@ void NormalisePosition(PBindOption* option) {
   }
 }
 
+// What a trimming choice does to the cut settings: the cut page size is
+// kept or cleared, each cut position kept, cleared or set to the minimum cut.
+enum class Cut { Keep, Clear, Minimum };
+struct TrimmingRule {
+  const char* choice;
+  bool keepCutPage;
+  Cut fore;
+  Cut top;
+};
+const TrimmingRule kTrimmingRules[] = {
+    {"None", false, Cut::Clear, Cut::Clear},
+    {"3EdgeSpecifySize", true, Cut::Clear, Cut::Clear},
+    {"1EdgeSpecifySize", true, Cut::Clear, Cut::Clear},
+    {"1EdgeCut", false, Cut::Keep, Cut::Clear},
+    {"3EdgeCutMinimum", false, Cut::Minimum, Cut::Minimum},
+    {"1EdgeCutMinimum", false, Cut::Minimum, Cut::Clear},
+};
+// Any other choice: the cut page size cleared, both positions kept.
+constexpr TrimmingRule kOtherTrimming = {"", false, Cut::Keep, Cut::Keep};
+
+void ApplyCut(Cut cut, char* position, PBindOption* option) {
+  if (cut == Cut::Clear) ZeroText(position, kPBindTextSize);
+  if (cut == Cut::Minimum) {
+    CopyText(position, kPBindTextSize, kMinimumCut);
+    option->minimumCut = 1;
+  }
+}
+
 // The trimming choice decides which cut settings apply, then becomes the
 // printer's word for it.
 void NormaliseTrimming(PBindOption* option) {
   const char* trimming = option->trimming;
-  if (Equals(trimming, "None")) {
-    ZeroText(option->cutPageSize, kPBindTextSize);
-    ZeroText(option->cutPositionTop, kPBindTextSize);
-    ZeroText(option->cutPositionFore, kPBindTextSize);
-  } else if (Equals(trimming, "3EdgeSpecifySize") || Equals(trimming, "1EdgeSpecifySize")) {
-    ZeroText(option->cutPositionTop, kPBindTextSize);
-    ZeroText(option->cutPositionFore, kPBindTextSize);
-  } else {
-    ZeroText(option->cutPageSize, kPBindTextSize);
-    if (Equals(trimming, "1EdgeCut")) {
-      ZeroText(option->cutPositionTop, kPBindTextSize);
-    } else if (Equals(trimming, "3EdgeCutMinimum")) {
-      CopyText(option->cutPositionFore, kPBindTextSize, kMinimumCut);
-      CopyText(option->cutPositionTop, kPBindTextSize, kMinimumCut);
-      option->minimumCut = 1;
-    } else if (Equals(trimming, "1EdgeCutMinimum")) {
-      CopyText(option->cutPositionFore, kPBindTextSize, kMinimumCut);
-      ZeroText(option->cutPositionTop, kPBindTextSize);
-      option->minimumCut = 1;
-    }
+  const TrimmingRule* rule = &kOtherTrimming;
+  for (const TrimmingRule& candidate : kTrimmingRules) {
+    if (Equals(trimming, candidate.choice)) rule = &candidate;
   }
+  if (!rule->keepCutPage) ZeroText(option->cutPageSize, kPBindTextSize);
+  ApplyCut(rule->fore, option->cutPositionFore, option);
+  ApplyCut(rule->top, option->cutPositionTop, option);
 
   if (Equals(trimming, "None")) {
     CopyText(option->trimming, kPBindTextSize, "OFF");

@@ -39,7 +39,7 @@ struct PBindOption {
 
 extern PBindOption psoptionpbind;
 
-extern const TicketBinding PBindticketData[];
+extern const TicketBinding* const PBindticketData;
 extern const int32_t PBindticketDataNum;
 
 // PPD choice name and printer word; the last row is an empty pair.

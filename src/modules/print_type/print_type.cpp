@@ -1,5 +1,6 @@
 #include "modules/print_type/print_type.h"
 
+#include <array>
 #include <cstddef>
 
 #include "engine/condition.h"
@@ -7,7 +8,7 @@
 #include "frame/job_state.h"
 #include "frame/ppd_queries.h"
 #include "platform/job_ppd.h"
-#include "secure/password_field.h"
+#include "ticket/ticket_rows.h"
 
 PrintTypeOption zpjlOptionPrintType;
 
@@ -17,54 +18,25 @@ constexpr PrintTypeOption& pt = zpjlOptionPrintType;
 
 // ---- Ticket bindings ------------------------------------------------------
 
-const char kPrintTypeTicketKey[] = "com.korvanel.qd.jtz.printsettings.PrintTypeTicketKey";
-const char kPrintTypeUserNameTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.PrintTypeUserNameTicketKey";
-const char kPrintTypePasswordTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.PrintTypePasswordTicketKey";
-const char kDocumentNameTypeTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.DocumentNameTypeTicketKey";
-const char kDocumentNameTicketKey[] = "com.korvanel.qd.jtz.printsettings.DocumentNameTicketKey";
-const char kDelayPrintTicketKey[] = "com.korvanel.qd.jtz.printsettings.DelayPrintTicketKey";
-const char kPrintTypeMBNTicketKey[] = "com.korvanel.qd.jtz.printsettings.PrintTypeMBNTicketKey";
-const char kPrintTypeMBNPasswordTicketKey[] =
-    "com.korvanel.qd.jtz.printsettings.PrintTypeMBNPasswordTicketKey";
+constexpr TicketRow kTicketRows[PrintTypeTicketDataNum] = {
+    Row(JTZ_KEY("PrintTypeTicketKey"), pt.printType, TicketRead::Integer),
+    Row(JTZ_KEY("PrintTypeUserNameTicketKey"), pt.userName, TicketRead::Name),
+    Row(JTZ_KEY("PrintTypePasswordTicketKey"), pt.password, TicketRead::Password),
+    Row(JTZ_KEY("DocumentNameTypeTicketKey"), pt.documentNameType, TicketRead::Integer),
+    Row(JTZ_KEY("DocumentNameTicketKey"), pt.documentName, TicketRead::Name),
+    Row(JTZ_KEY("DelayPrintTicketKey"), pt.delayTime, TicketRead::Text),
+    Row(JTZ_KEY("PrintTypeMBNTicketKey"), pt.mailboxNumber, TicketRead::Text),
+    Row(JTZ_KEY("PrintTypeMBNPasswordTicketKey"), pt.mailboxPassword, TicketRead::Password),
+};
+constexpr std::array<TicketBinding, PrintTypeTicketDataNum> kBindings =
+    MakeBindings(kTicketRows, false);
+constexpr std::array<TicketBinding, PrintTypeTicketDataNum> kBindingsForUTF8 =
+    MakeBindings(kTicketRows, true);
 
 }  // namespace
 
-const TicketBinding PrintTypeticketData[PrintTypeTicketDataNum] = {
-    {kPrintTypeTicketKey, &pt.printType, sizeof pt.printType, GetTicketInteger},
-    {kPrintTypeUserNameTicketKey, pt.userName, sizeof pt.userName,
-     GetTicketStringConvertedToPrtLang},
-    {kPrintTypePasswordTicketKey, pt.password, sizeof pt.password,
-     GetTicketPasswordStringConvertedToEncryption},
-    {kDocumentNameTypeTicketKey, &pt.documentNameType, sizeof pt.documentNameType,
-     GetTicketInteger},
-    {kDocumentNameTicketKey, pt.documentName, sizeof pt.documentName,
-     GetTicketStringConvertedToPrtLang},
-    {kDelayPrintTicketKey, pt.delayTime, sizeof pt.delayTime, GetTicketStringConvertedToPrtLang},
-    {kPrintTypeMBNTicketKey, pt.mailboxNumber, sizeof pt.mailboxNumber,
-     GetTicketStringConvertedToPrtLang},
-    {kPrintTypeMBNPasswordTicketKey, pt.mailboxPassword, sizeof pt.mailboxPassword,
-     GetTicketPasswordStringConvertedToEncryption},
-};
-
-const TicketBinding PrintTypeticketDataForUTF8[PrintTypeTicketDataNum] = {
-    {kPrintTypeTicketKey, &pt.printType, sizeof pt.printType, GetTicketInteger},
-    {kPrintTypeUserNameTicketKey, pt.userName, sizeof pt.userName,
-     GetTicketStringConvertedToPrtLangForUTF8},
-    {kPrintTypePasswordTicketKey, pt.password, sizeof pt.password,
-     GetTicketPasswordStringConvertedToEncryption},
-    {kDocumentNameTypeTicketKey, &pt.documentNameType, sizeof pt.documentNameType,
-     GetTicketInteger},
-    {kDocumentNameTicketKey, pt.documentName, sizeof pt.documentName,
-     GetTicketStringConvertedToPrtLangForUTF8},
-    {kDelayPrintTicketKey, pt.delayTime, sizeof pt.delayTime, GetTicketStringConvertedToPrtLang},
-    {kPrintTypeMBNTicketKey, pt.mailboxNumber, sizeof pt.mailboxNumber,
-     GetTicketStringConvertedToPrtLang},
-    {kPrintTypeMBNPasswordTicketKey, pt.mailboxPassword, sizeof pt.mailboxPassword,
-     GetTicketPasswordStringConvertedToEncryption},
-};
+const TicketBinding* const PrintTypeticketData = kBindings.data();
+const TicketBinding* const PrintTypeticketDataForUTF8 = kBindingsForUTF8.data();
 
 namespace {
 

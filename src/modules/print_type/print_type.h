@@ -39,8 +39,8 @@ inline constexpr int32_t PRINTTYPEUSERNAMEDMAXLEN = 97;
 // Ticket bindings; the UTF-8 variant differs only in the getters of
 // userName and documentName.
 inline constexpr int32_t PrintTypeTicketDataNum = 8;
-extern const TicketBinding PrintTypeticketData[PrintTypeTicketDataNum];
-extern const TicketBinding PrintTypeticketDataForUTF8[PrintTypeTicketDataNum];
+extern const TicketBinding* const PrintTypeticketData;
+extern const TicketBinding* const PrintTypeticketDataForUTF8;
 
 // The full table, and the partial one (no mailbox, no delayed print) for
 // UTF-8 printers whose PPD lists "Default04" under "KRZPrintTypeSettings".

@@ -14,19 +14,19 @@
 SpecialPageOption psOptionSpecialPage;
 
 const TicketBinding SpecialPageTicketData[] = {
-    {"com.korvanel.qd.jtz.printsettings.ZPIFCoverCountTicket", &psOptionSpecialPage.coverCount,
-     sizeof(int32_t), GetTicketInteger},
-    {"com.korvanel.qd.jtz.printsettings.ZPIFInsertionCountTicket",
-     &psOptionSpecialPage.insertionCount, sizeof(int32_t), GetTicketInteger},
-    {"com.korvanel.qd.jtz.printsettings.ZPIFExceptionCountTicket",
-     &psOptionSpecialPage.exceptionCount, sizeof(int32_t), GetTicketInteger},
+    {JTZ_KEY("ZPIFCoverCountTicket"), &psOptionSpecialPage.coverCount, sizeof(int32_t),
+     GetTicketInteger},
+    {JTZ_KEY("ZPIFInsertionCountTicket"), &psOptionSpecialPage.insertionCount, sizeof(int32_t),
+     GetTicketInteger},
+    {JTZ_KEY("ZPIFExceptionCountTicket"), &psOptionSpecialPage.exceptionCount, sizeof(int32_t),
+     GetTicketInteger},
 };
 const int32_t SpecialPageTicketDataNum = 3;
 
-const char kSPViewTicketKey[] = "com.korvanel.qd.jtz.printsettings.ZPIFCommandTicket_";
-const char kSPZPCoverValueKey[] = "com.korvanel.qd.jtz.printsettings.ZPIFCoverValueTicket_";
-const char kSPZPInsertionValueKey[] = "com.korvanel.qd.jtz.printsettings.ZPIFInsertionValueTicket_";
-const char kSPZPExceptionValueKey[] = "com.korvanel.qd.jtz.printsettings.ZPIFExceptionValueTicket_";
+const char kSPViewTicketKey[] = JTZ_KEY("ZPIFCommandTicket_");
+const char kSPZPCoverValueKey[] = JTZ_KEY("ZPIFCoverValueTicket_");
+const char kSPZPInsertionValueKey[] = JTZ_KEY("ZPIFInsertionValueTicket_");
+const char kSPZPExceptionValueKey[] = JTZ_KEY("ZPIFExceptionValueTicket_");
 
 const char CustomPapertyeSelectNumber[] = "33";
 

@@ -1,6 +1,7 @@
 #include "modules/watermark/watermark.h"
 
 #include <cmath>
+#include <cstring>
 
 #include "frame/fixed_text.h"
 #include "frame/output_channel.h"
@@ -9,8 +10,6 @@ WatermarkOptionRecord psOptionWatermark;
 
 namespace {
 
-#define WMARK_KEY(name) "com.korvanel.qd.jtz.printsettings." name
-
 constexpr int32_t kIntSize = sizeof(int32_t);
 constexpr int32_t kFloatSize = sizeof(float);
 
@@ -18,42 +17,40 @@ constexpr int32_t kFloatSize = sizeof(float);
 
 // clang-format off
 const TicketBinding WatermarkticketData[] = {
-    {WMARK_KEY("WMARKNameTicket"), psOptionWatermark.name, kWatermarkTextSize, GetTicketString},
-    {WMARK_KEY("WMARKOptionsTicket"), &psOptionWatermark.options, kIntSize, GetTicketInteger},
-    {WMARK_KEY("WMARKOnlyFirstTicket"), &psOptionWatermark.onlyFirst, kIntSize, GetTicketInteger},
-    {WMARK_KEY("WMARKTextTicket"), psOptionWatermark.text, kWatermarkTextSize,
+    {JTZ_KEY("WMARKNameTicket"), psOptionWatermark.name, kWatermarkTextSize, GetTicketString},
+    {JTZ_KEY("WMARKOptionsTicket"), &psOptionWatermark.options, kIntSize, GetTicketInteger},
+    {JTZ_KEY("WMARKOnlyFirstTicket"), &psOptionWatermark.onlyFirst, kIntSize, GetTicketInteger},
+    {JTZ_KEY("WMARKTextTicket"), psOptionWatermark.text, kWatermarkTextSize,
      GetTicketStringConvertedToPrtLang},
-    {WMARK_KEY("WMARKOrientationTicket"), &psOptionWatermark.orientation, kIntSize,
+    {JTZ_KEY("WMARKOrientationTicket"), &psOptionWatermark.orientation, kIntSize,
      GetTicketInteger},
-    {WMARK_KEY("WMARKPaperHeightTicket"), &psOptionWatermark.paperHeight, kIntSize,
+    {JTZ_KEY("WMARKPaperHeightTicket"), &psOptionWatermark.paperHeight, kIntSize,
      GetTicketInteger},
-    {WMARK_KEY("WMARKPaperWidthTicket"), &psOptionWatermark.paperWidth, kIntSize, GetTicketInteger},
-    {WMARK_KEY("WMARKFilePathTicket"), psOptionWatermark.filePath, kWatermarkTextSize,
+    {JTZ_KEY("WMARKPaperWidthTicket"), &psOptionWatermark.paperWidth, kIntSize, GetTicketInteger},
+    {JTZ_KEY("WMARKFilePathTicket"), psOptionWatermark.filePath, kWatermarkTextSize,
      GetTicketStringConvertedToPrtLang},
-    {WMARK_KEY("WMARKTypeTicket"), &psOptionWatermark.type, kIntSize, GetTicketInteger},
-    {WMARK_KEY("WMARKFontTicket"), psOptionWatermark.font, kWatermarkTextSize, GetTicketString},
-    {WMARK_KEY("WMARKFontSizeTicket"), &psOptionWatermark.fontSize, kIntSize, GetTicketInteger},
-    {WMARK_KEY("WMARKFontTypeTicket"), &psOptionWatermark.fontType, kIntSize, GetTicketInteger},
-    {WMARK_KEY("WMARKColorRTicket"), &psOptionWatermark.colorR, kFloatSize, GetTicketFloat},
-    {WMARK_KEY("WMARKColorGTicket"), &psOptionWatermark.colorG, kFloatSize, GetTicketFloat},
-    {WMARK_KEY("WMARKColorBTicket"), &psOptionWatermark.colorB, kFloatSize, GetTicketFloat},
-    {WMARK_KEY("WMARKColorATicket"), &psOptionWatermark.colorA, kFloatSize, GetTicketFloat},
-    {WMARK_KEY("WMARKAngleTicket"), &psOptionWatermark.angle, kIntSize, GetTicketInteger},
-    {WMARK_KEY("WMARKDensityTicket"), &psOptionWatermark.density, kIntSize, GetTicketInteger},
-    {WMARK_KEY("WMARKScaleTicket"), &psOptionWatermark.scale, kFloatSize, GetTicketFloat},
-    {WMARK_KEY("WMARKPosHorizontalTicket"), &psOptionWatermark.posHorizontal, kFloatSize,
+    {JTZ_KEY("WMARKTypeTicket"), &psOptionWatermark.type, kIntSize, GetTicketInteger},
+    {JTZ_KEY("WMARKFontTicket"), psOptionWatermark.font, kWatermarkTextSize, GetTicketString},
+    {JTZ_KEY("WMARKFontSizeTicket"), &psOptionWatermark.fontSize, kIntSize, GetTicketInteger},
+    {JTZ_KEY("WMARKFontTypeTicket"), &psOptionWatermark.fontType, kIntSize, GetTicketInteger},
+    {JTZ_KEY("WMARKColorRTicket"), &psOptionWatermark.colorR, kFloatSize, GetTicketFloat},
+    {JTZ_KEY("WMARKColorGTicket"), &psOptionWatermark.colorG, kFloatSize, GetTicketFloat},
+    {JTZ_KEY("WMARKColorBTicket"), &psOptionWatermark.colorB, kFloatSize, GetTicketFloat},
+    {JTZ_KEY("WMARKColorATicket"), &psOptionWatermark.colorA, kFloatSize, GetTicketFloat},
+    {JTZ_KEY("WMARKAngleTicket"), &psOptionWatermark.angle, kIntSize, GetTicketInteger},
+    {JTZ_KEY("WMARKDensityTicket"), &psOptionWatermark.density, kIntSize, GetTicketInteger},
+    {JTZ_KEY("WMARKScaleTicket"), &psOptionWatermark.scale, kFloatSize, GetTicketFloat},
+    {JTZ_KEY("WMARKPosHorizontalTicket"), &psOptionWatermark.posHorizontal, kFloatSize,
      GetTicketFloat},
-    {WMARK_KEY("WMARKPosVerticalTicket"), &psOptionWatermark.posVertical, kFloatSize,
+    {JTZ_KEY("WMARKPosVerticalTicket"), &psOptionWatermark.posVertical, kFloatSize,
      GetTicketFloat},
-    {WMARK_KEY("WMARKWidthTicket"), &psOptionWatermark.width, kFloatSize, GetTicketFloat},
-    {WMARK_KEY("WMARKHeightTicket"), &psOptionWatermark.height, kFloatSize, GetTicketFloat},
-    {WMARK_KEY("WMARKhOffsetTicket"), &psOptionWatermark.hOffset, kFloatSize, GetTicketFloat},
-    {WMARK_KEY("WMARKvOffsetTicket"), &psOptionWatermark.vOffset, kFloatSize, GetTicketFloat},
+    {JTZ_KEY("WMARKWidthTicket"), &psOptionWatermark.width, kFloatSize, GetTicketFloat},
+    {JTZ_KEY("WMARKHeightTicket"), &psOptionWatermark.height, kFloatSize, GetTicketFloat},
+    {JTZ_KEY("WMARKhOffsetTicket"), &psOptionWatermark.hOffset, kFloatSize, GetTicketFloat},
+    {JTZ_KEY("WMARKvOffsetTicket"), &psOptionWatermark.vOffset, kFloatSize, GetTicketFloat},
 };
 // clang-format on
 const int32_t WatermarkticketDataNum = sizeof WatermarkticketData / sizeof WatermarkticketData[0];
-
-#undef WMARK_KEY
 
 void WatermarkGetTicketFromPDE(char* argv[]) {
   GetTicketFromArray(argv, WatermarkticketData, WatermarkticketDataNum);
@@ -116,29 +113,45 @@ float Faded(float component, int32_t density) {
   return 1 - (1 - component) * (static_cast<float>(density) / 100);
 }
 
-void DrawText(const char* opening, FILE* stream) {
+// The lines that draw the text, after the opening line. They depend only on
+// the job's settings, the same at every page, so they are formatted once
+// (formatting the numbers was most of what a page cost) and again only if
+// the settings change.
+const char* TextLines() {
+  static WatermarkOptionRecord formattedFor;
+  static bool formatted = false;
+  static char lines[5 * kWatermarkLineSize + sizeof "grestore\n"];
   const WatermarkOptionRecord& w = psOptionWatermark;
+  if (formatted && std::memcmp(&formattedFor, &w, sizeof w) == 0) return lines;
+
   float x = 0;
   float y = 0;
   GetWatermarkPostion(&x, &y, w.hOffset, w.vOffset);
   char line[kWatermarkLineSize];
-
-  KZfprintf(stream, opening);
+  ZeroText(lines, sizeof lines);
   FormatText(line, sizeof line, "%.2f%c%.2f%c%.2f setrgbcolor\n",
              static_cast<double>(Faded(w.colorR, w.density)), ' ',
              static_cast<double>(Faded(w.colorG, w.density)), ' ',
              static_cast<double>(Faded(w.colorB, w.density)));
-  KZfprintf(stream, line);
+  AppendText(lines, sizeof lines, line);
   FormatText(line, sizeof line, "/%s%c%d selectfont\n", w.font, ' ', w.fontSize);
-  KZfprintf(stream, line);
+  AppendText(lines, sizeof lines, line);
   FormatText(line, sizeof line, "%.2f%c%.2f moveto\n", static_cast<double>(x), ' ',
              static_cast<double>(y));
-  KZfprintf(stream, line);
+  AppendText(lines, sizeof lines, line);
   FormatText(line, sizeof line, "%d rotate\n", w.angle);
-  KZfprintf(stream, line);
+  AppendText(lines, sizeof lines, line);
   FormatText(line, sizeof line, "%s show\n", w.text);
-  KZfprintf(stream, line);
-  KZfprintf(stream, "grestore\n");
+  AppendText(lines, sizeof lines, line);
+  AppendText(lines, sizeof lines, "grestore\n");
+  formattedFor = w;
+  formatted = true;
+  return lines;
+}
+
+void DrawText(const char* opening, FILE* stream) {
+  KZfprintf(stream, opening);
+  KZfprintf(stream, TextLines());
 }
 
 }  // namespace

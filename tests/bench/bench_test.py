@@ -1,0 +1,331 @@
+#!/usr/bin/env python3
+"""Checks the benchmark's inputs and its verdicts: the generated job has the
+shape it claims, libcups reads the generated PPD and ticket as meant, the
+stored passwords open with the storage key material, and the goals are
+judged right at their edges. Nothing here is timed."""
+
+import ctypes
+import ctypes.util
+import importlib.machinery
+import importlib.util
+import os
+import re
+import shutil
+import statistics
+import subprocess
+import sys
+import tempfile
+import unittest
+
+ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+
+
+def load_bench():
+    loader = importlib.machinery.SourceFileLoader("bench", os.path.join(ROOT, "scripts", "bench"))
+    module = importlib.util.module_from_spec(importlib.util.spec_from_loader("bench", loader))
+    loader.exec_module(module)
+    return module
+
+
+bench = load_bench()
+
+
+def libcups():
+    lib = ctypes.CDLL(ctypes.util.find_library("cups") or "libcups.so.2")
+    lib.ppdOpenFile.restype = ctypes.c_void_p
+    lib.ppdOpenFile.argtypes = [ctypes.c_char_p]
+    lib.ppdClose.argtypes = [ctypes.c_void_p]
+    lib.ppdLastError.restype = ctypes.c_int
+    lib.ppdLastError.argtypes = [ctypes.POINTER(ctypes.c_int)]
+    lib.ppdFirstOption.restype = ctypes.c_void_p
+    lib.ppdFirstOption.argtypes = [ctypes.c_void_p]
+    lib.ppdNextOption.restype = ctypes.c_void_p
+    lib.ppdNextOption.argtypes = [ctypes.c_void_p]
+    lib.ppdFindOption.restype = ctypes.c_void_p
+    lib.ppdFindOption.argtypes = [ctypes.c_void_p, ctypes.c_char_p]
+    lib.ppdFindAttr.restype = ctypes.POINTER(PPDAttr)
+    lib.ppdFindAttr.argtypes = [ctypes.c_void_p, ctypes.c_char_p, ctypes.c_char_p]
+    lib.cupsParseOptions.restype = ctypes.c_int
+    lib.cupsParseOptions.argtypes = [ctypes.c_char_p, ctypes.c_int, ctypes.POINTER(ctypes.POINTER(CupsOption))]
+    lib.cupsFreeOptions.argtypes = [ctypes.c_int, ctypes.POINTER(CupsOption)]
+    return lib
+
+
+class PPDAttr(ctypes.Structure):
+    _fields_ = [("name", ctypes.c_char * 41), ("choice", ctypes.c_char * 41), ("text", ctypes.c_char * 81),
+                ("value", ctypes.c_char_p)]
+
+
+class CupsOption(ctypes.Structure):
+    _fields_ = [("name", ctypes.c_char_p), ("value", ctypes.c_char_p)]
+
+
+class JobShapeTest(unittest.TestCase):
+    CASES = (
+        # (size asked, page size, least pages)
+        (0, 30_000, 1),
+        (2_000_000, 100_000, 18),
+        (5_000_000, 100_000, 45),
+    )
+
+    def test_structure_of_generated_jobs(self):
+        for size, page_size, least_pages in self.CASES:
+            with self.subTest(size=size):
+                data = b"".join(bench.job_bytes_iter(size, 1, page_size))
+                self.assertTrue(data.startswith(b"%!PS-Adobe-3.0\n"))
+                self.assertTrue(data.endswith(b"%%EOF\n"), "every line ends with a line feed")
+                lines = data[:-1].split(b"\n")
+                count = lambda text: sum(1 for line in lines if line == text)
+                pages = count(b"ep")
+                self.assertGreaterEqual(pages, least_pages)
+                for marker in (b"bp", b"%%EndPageSetup", b"showpage"):
+                    self.assertEqual(count(marker), pages, marker)
+                self.assertEqual(len([l for l in lines if l.startswith(b"%%Page: ")]), pages)
+                self.assertIn(b"%%%%Pages: %d" % pages, lines)
+                for marker in (b"%%BeginProlog", b"%%EndProlog", b"%%BeginSetup", b"%%EndSetup"):
+                    self.assertEqual(count(marker), 1, marker)
+                self.assertLess(lines.index(b"%%EndProlog"), lines.index(b"%%EndSetup"))
+                self.assertLess(lines.index(b"%%EndSetup"), lines.index(b"bp"))
+                if size >= 1_000_000:
+                    # Pages of the size asked, the whole within one page of the target.
+                    self.assertLess(abs(len(data) - size), page_size)
+                    self.assertAlmostEqual(len(data) / pages, page_size, delta=page_size * 0.1)
+
+    def test_line_lengths_are_those_of_real_output(self):
+        data = b"".join(bench.job_bytes_iter(3_000_000, 1))
+        lengths = [len(line) for line in data.split(b"\n")]
+        self.assertTrue(20 <= statistics.median(lengths) <= 80, statistics.median(lengths))
+        self.assertGreater(sum(1 for n in lengths if n >= 70), len(lengths) // 10, "image data lines")
+        # A few lines longer than the filter's line buffer, so its chunked path is measured too.
+        self.assertGreater(sum(1 for n in lengths if n > 8192), 0)
+        self.assertLess(sum(1 for n in lengths if n > 8192), len(lengths) // 1000)
+
+    def test_generation_is_reproducible(self):
+        first = b"".join(bench.job_bytes_iter(1_000_000, 7))
+        self.assertEqual(first, b"".join(bench.job_bytes_iter(1_000_000, 7)))
+        self.assertNotEqual(first, b"".join(bench.job_bytes_iter(1_000_000, 8)))
+
+    def test_setup_carries_the_feature_code_the_insertion_mode_reads(self):
+        data = bench.one_page_job()
+        setup = data[data.index(b"%%BeginSetup"):data.index(b"%%EndSetup")]
+        for keyword, choice, _ in bench.FEATURES:
+            self.assertIn(b"\n%%BeginFeature: *" + keyword.encode() + b" " + choice.encode() + b"\n", setup)
+        self.assertEqual(setup.count(b"%%BeginFeature:"), setup.count(b"%%EndFeature"))
+
+
+class PPDTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.cups = libcups()
+        cls.dir = tempfile.mkdtemp(prefix="bench-ppd-")
+
+    @classmethod
+    def tearDownClass(cls):
+        shutil.rmtree(cls.dir, ignore_errors=True)
+
+    def open_ppd(self, text):
+        path = os.path.join(self.dir, "t.ppd")
+        with open(path, "w") as f:
+            f.write(text)
+        ppd = self.cups.ppdOpenFile(path.encode())
+        line = ctypes.c_int(0)
+        status = self.cups.ppdLastError(ctypes.byref(line))
+        self.assertTrue(ppd, "libcups refused the PPD: status %d at line %d" % (status, line.value))
+        self.addCleanup(self.cups.ppdClose, ppd)
+        return ppd
+
+    def test_both_variants_parse_and_differ_only_in_the_mode(self):
+        for insertion, mode in ((False, b"0"), (True, b"1")):
+            with self.subTest(insertion=insertion):
+                text = bench.make_ppd(insertion=insertion)
+                self.assertTrue(130_000 <= len(text) <= 170_000, len(text))
+                ppd = self.open_ppd(text)
+                attr = self.cups.ppdFindAttr(ppd, b"KRPSDecompMode", None)
+                self.assertTrue(attr)
+                self.assertEqual(attr.contents.value, mode)
+                other = bench.make_ppd(insertion=not insertion)
+                differing = [(a, b) for a, b in zip(text.splitlines(), other.splitlines()) if a != b]
+                self.assertEqual(len(differing), 1, differing)
+
+    def test_options_and_attributes_the_filter_reads(self):
+        ppd = self.open_ppd(bench.make_ppd())
+        options, option = 0, self.cups.ppdFirstOption(ppd)
+        while option:
+            options += 1
+            option = self.cups.ppdNextOption(ppd)
+        self.assertGreaterEqual(options, 150)
+        for keyword, _, _, _ in bench.DEVICE_OPTIONS:
+            self.assertTrue(self.cups.ppdFindOption(ppd, keyword.encode()), keyword)
+        for colour in bench.DENSITY:
+            self.assertTrue(self.cups.ppdFindOption(ppd, b"KRColorDensity" + colour.encode() + b"High"))
+        for name, value in ((b"KRPrinterLanguageEncoding", b"UTF-8"), (b"ColorDevice", b"True"),
+                            (b"CommentOn", b"True"), (b"PCFileName", b"ZPBNCH90.PPD")):
+            attr = self.cups.ppdFindAttr(ppd, name, None)
+            self.assertTrue(attr, name)
+            self.assertEqual(attr.contents.value, value)
+        constraints = bench.make_ppd().count("*UIConstraints:")
+        self.assertGreaterEqual(constraints, 300)
+
+
+def openssl_decrypt(cipher, seeds):
+    import hashlib
+    import hmac
+    key = hmac.new(seeds[0], seeds[1], hashlib.sha256).digest()
+    return subprocess.run(["openssl", "enc", "-d", "-aes-256-cbc", "-K", key.hex(), "-iv", seeds[2].hex()],
+                          input=cipher, capture_output=True, check=True).stdout
+
+
+class TicketTest(unittest.TestCase):
+    SEEDS = (bytes(range(32)), bytes(range(100, 132)), bytes(range(200, 216)))
+
+    def parse(self, text):
+        cups = libcups()
+        options = ctypes.POINTER(CupsOption)()
+        count = cups.cupsParseOptions(text.encode(), 0, ctypes.byref(options))
+        parsed = [(options[i].name.decode(), options[i].value.decode()) for i in range(count)]
+        cups.cupsFreeOptions(count, options)
+        return parsed
+
+    def test_every_option_reaches_the_filter_as_written(self):
+        for name, options in (("throughput", bench.throughput_options()),
+                              ("full", bench.full_options(self.SEEDS))):
+            with self.subTest(ticket=name):
+                keys = [key for key, _ in options]
+                self.assertEqual(len(keys), len(set(keys)), "duplicate keys")
+                self.assertEqual(sorted(self.parse(bench.ticket_text(options))), sorted(options))
+
+    def test_values_are_quoted_only_where_needed(self):
+        cases = (("plain", "a=plain"), ("1,5,9", "a=1,5,9"), ("(CONFIDENTIAL)", "a=(CONFIDENTIAL)"),
+                 ("two words", "a='two words'"), ("", "a=''"), ("it's", "a='it\\'s'"),
+                 ("back\\slash", "a='back\\\\slash'"), ("{x}", "a='{x}'"))
+        for value, text in cases:
+            with self.subTest(value=value):
+                self.assertEqual(bench.ticket_text([("a", value)]), text)
+                self.assertEqual(self.parse(text), [("a", value)])
+
+    def test_tickets_turn_the_modules_on(self):
+        throughput = dict(bench.throughput_options())
+        full = dict(bench.full_options(self.SEEDS))
+        for key, value in throughput.items():
+            self.assertEqual(full[key], value)
+        prefix = bench.PREFIX
+        self.assertEqual(throughput[prefix + "WMARKTypeTicket"], "0")
+        self.assertTrue(throughput[prefix + "WMARKNameTicket"])
+        self.assertEqual(throughput[prefix + "WMARKOnlyFirstTicket"], "0", "a watermark on every page")
+        self.assertNotIn(prefix + "PrintTypePasswordTicketKey", throughput)
+        self.assertEqual(full[prefix + "PrintTypeTicketKey"], "2")
+        total = sum(int(full[prefix + k]) for k in ("ZPIFCoverCountTicket", "ZPIFInsertionCountTicket",
+                                                     "ZPIFExceptionCountTicket"))
+        for i in range(total):
+            self.assertIn(prefix + "ZPIFCommandTicket_%d" % i, full)
+
+    def test_without_passwords_drops_exactly_the_passwords(self):
+        full = bench.full_options(self.SEEDS)
+        kept = bench.without_passwords(full)
+        dropped = [key for key, _ in full if (key, dict(full)[key]) not in kept]
+        self.assertEqual(sorted(k.rsplit(".", 1)[1] for k in dropped),
+                         ["JBAStoragePasswordTextEditTicket", "JBAUserPasswordTextEditTicket",
+                          "PrintTypePasswordTicketKey"])
+        self.assertEqual(len(kept), len(full) - 3)
+
+    def test_stored_passwords_open_with_the_storage_key(self):
+        import base64
+        for password in ("", "4711", "secret-pass-01", "x" * 239):
+            with self.subTest(length=len(password)):
+                stored = bench.store_password(password, self.SEEDS)
+                cipher = base64.b64decode(stored)
+                self.assertEqual(len(cipher), 16 * (len(password) // 16 + 1))
+                self.assertEqual(openssl_decrypt(cipher, self.SEEDS), password.encode())
+
+    def test_seeds_file(self):
+        with tempfile.TemporaryDirectory() as keys:
+            self.assertIsNone(bench.read_storage_seeds(keys))
+            with open(os.path.join(keys, "storage.seeds"), "w") as f:
+                f.write("".join(seed.hex() + "\n" for seed in self.SEEDS))
+            self.assertEqual(bench.read_storage_seeds(keys), self.SEEDS)
+            with open(os.path.join(keys, "storage.seeds"), "w") as f:
+                f.write("zz\n00\n00\n")
+            self.assertIsNone(bench.read_storage_seeds(keys))
+
+
+def summary(name, mb_per_s=100.0, wall=1.0, rss=8000, size=10, out=None):
+    return {"name": name, "mb_per_s": mb_per_s, "wall_s_median": wall, "maxrss_kb": rss,
+            "input_bytes": size, "output_bytes": size if out is None else out}
+
+
+class GoalTest(unittest.TestCase):
+    def verdict(self, results, goal):
+        return next(v for v in bench.evaluate_goals(results) if v["goal"] == goal)
+
+    def test_goals_at_their_edges(self):
+        cases = (
+            # (goal, results, met)
+            ("throughput_vs_pstops", [summary("pass.pstozpjl", 300), summary("pass.pstops", 100)], True),
+            ("throughput_vs_pstops", [summary("pass.pstozpjl", 299), summary("pass.pstops", 100)], False),
+            ("throughput_vs_cat", [summary("pass.pstozpjl", 80), summary("pass.cat", 100)], True),
+            ("throughput_vs_cat", [summary("pass.pstozpjl", 79.9), summary("pass.cat", 100)], False),
+            ("insertion_vs_pstops", [summary("insertion.pstozpjl", 150), summary("insertion.pstops", 100)], True),
+            ("insertion_vs_cat", [summary("insertion.pstozpjl", 39), summary("pass.cat", 100)], False),
+            ("latency_vs_pstops", [summary("latency.pstozpjl", wall=0.010), summary("latency.pstops", wall=0.010)],
+             True),
+            ("latency_vs_pstops", [summary("latency.pstozpjl", wall=0.011), summary("latency.pstops", wall=0.010)],
+             False),
+            ("rss_vs_pstops_pass", [summary("pass.pstozpjl", rss=8000), summary("pass.pstops", rss=8000)], True),
+            ("rss_vs_pstops_pass", [summary("pass.pstozpjl", rss=8001), summary("pass.pstops", rss=8000)], False),
+            ("rss_growth_pass", [summary("pass.pstozpjl", rss=8511), summary("small.pass.pstozpjl", rss=8000)], True),
+            ("rss_growth_pass", [summary("pass.pstozpjl", rss=8512), summary("small.pass.pstozpjl", rss=8000)], False),
+            ("rss_growth_insertion", [summary("insertion.pstozpjl", rss=7000),
+                                      summary("small.insertion.pstozpjl", rss=8000)], True),
+        )
+        for goal, runs, met in cases:
+            with self.subTest(goal=goal, runs=runs):
+                verdict = self.verdict({r["name"]: r for r in runs}, goal)
+                self.assertIs(verdict["met"], met)
+                self.assertIsNotNone(verdict["value"])
+
+    def test_a_run_that_lost_output_or_is_missing_meets_nothing(self):
+        results = {"pass.pstozpjl": summary("pass.pstozpjl", 1000, out=5), "pass.pstops": summary("pass.pstops")}
+        verdict = self.verdict(results, "throughput_vs_pstops")
+        self.assertFalse(verdict["met"])
+        self.assertIn("pass.pstozpjl", verdict["note"])
+        verdict = self.verdict(results, "throughput_vs_cat")
+        self.assertFalse(verdict["met"])
+        self.assertEqual(verdict["note"], "not measured")
+
+    def test_table_names_each_verdict(self):
+        results = {r["name"]: r for r in (summary("pass.pstozpjl", 300), summary("pass.pstops", 100))}
+        for r in results.values():
+            r.update(runs=3, cpu_s_median=0.5)
+        table = bench.format_table(results, bench.evaluate_goals(results))
+        self.assertRegex(table, r"pass-through MB/s / pstops MB/s\s+3\.000\s+>= 3\s+met")
+        self.assertRegex(table, r"pass-through MB/s / cat MB/s\s+-\s+>= 0.8\s+MISSED \(not measured\)")
+        self.assertEqual(len(re.findall(r"\bmet\b|MISSED", table)), len(bench.GOALS))
+
+
+class RunTest(unittest.TestCase):
+    def test_output_is_read_from_a_pipe_and_counted(self):
+        with tempfile.NamedTemporaryFile() as job:
+            job.write(b"x" * 300_000)
+            job.flush()
+            env = {"PATH": "/usr/bin:/bin"}
+            run = bench.run_once(["/bin/cat"], env, job.name)
+            self.assertEqual((run.status, run.out_bytes), (0, 300_000))
+            self.assertGreater(run.wall, 0)
+            if os.access(bench.TIME, os.X_OK):
+                rss = bench.run_once(["/bin/cat"], env, job.name, rss_file=job.name + ".rss")
+                os.remove(job.name + ".rss")
+                # The peak of cat itself, not of the interpreter that started it.
+                self.assertTrue(0 < rss.maxrss_kb < 8000, rss.maxrss_kb)
+
+    def test_a_failing_or_inconsistent_run_stops_the_measurement(self):
+        case = bench.Case("c", ["/bin/false"], {}, os.devnull, 0)
+        with self.assertRaises(RuntimeError):
+            case.check(bench.run_once(["/bin/false"], {}, os.devnull))
+        case.runs.append(bench.Run(0.1, 0.1, 10, 0))
+        with self.assertRaises(RuntimeError):
+            case.check(bench.Run(0.1, 0.1, 11, 0))
+        self.assertEqual(case.check(bench.Run(0.2, 0.1, 10, 0)).out_bytes, 10)
+
+
+if __name__ == "__main__":
+    unittest.main()
