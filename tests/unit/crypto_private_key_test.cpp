@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/crypto.h"
+#include "platform/crypto_private_key.h"
 #include "sealed_blob.h"
 #include "secure/key_material.h"
 #include "secure/sec_blob.h"
