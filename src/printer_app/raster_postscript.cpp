@@ -1,0 +1,177 @@
+#include "printer_app/raster_postscript.h"
+
+#include <unistd.h>
+#include <zlib.h>
+
+#include <climits>
+#include <cstdio>
+#include <string>
+
+#include "printer_app/print_job.h"
+
+namespace {
+
+// ASCII85 text of a byte stream, in lines of at most 75 characters.
+class Ascii85Writer {
+ public:
+  explicit Ascii85Writer(FILE* out) : out_(out) {}
+  void Put(const unsigned char* data, size_t length) {
+    for (size_t i = 0; i < length; ++i) {
+      group_ = (group_ << 8) | data[i];
+      if (++count_ == 4) Flush(4);
+    }
+  }
+  void Finish() {
+    if (count_ > 0) {
+      const int used = count_;
+      for (int i = count_; i < 4; ++i) group_ <<= 8;
+      Flush(used);
+    }
+    fputs("~>\n", out_);
+    column_ = 0;
+  }
+
+ private:
+  void Flush(int used) {
+    if (used == 4 && group_ == 0) {
+      Emit("z", 1);
+    } else {
+      char digits[5];
+      uint32_t value = group_;
+      for (int i = 4; i >= 0; --i) {
+        digits[i] = static_cast<char>('!' + value % 85);
+        value /= 85;
+      }
+      Emit(digits, static_cast<size_t>(used + 1));
+    }
+    group_ = 0;
+    count_ = 0;
+  }
+  void Emit(const char* text, size_t length) {
+    for (size_t i = 0; i < length; ++i) {
+      fputc(text[i], out_);
+      if (++column_ == 75) {
+        fputc('\n', out_);
+        column_ = 0;
+      }
+    }
+  }
+  FILE* out_;
+  uint32_t group_ = 0;
+  int count_ = 0;
+  int column_ = 0;
+};
+
+struct RasterJob {
+  std::string path;
+  FILE* out = nullptr;
+  unsigned pages = 0;
+  z_stream zs = {};
+  Ascii85Writer* text = nullptr;
+};
+
+RasterJob* JobState(pappl_job_t* job) { return static_cast<RasterJob*>(papplJobGetData(job)); }
+
+void Deflate(RasterJob& state, const unsigned char* data, size_t length, int flush) {
+  unsigned char buffer[16384];
+  state.zs.next_in = const_cast<unsigned char*>(data);
+  state.zs.avail_in = static_cast<uInt>(length);
+  do {
+    state.zs.next_out = buffer;
+    state.zs.avail_out = sizeof buffer;
+    deflate(&state.zs, flush);
+    state.text->Put(buffer, sizeof buffer - state.zs.avail_out);
+  } while (state.zs.avail_out == 0);
+}
+
+void Discard(pappl_job_t* job, RasterJob* state) {
+  if (state == nullptr) return;
+  if (state->out != nullptr) fclose(state->out);
+  if (!state->path.empty()) unlink(state->path.c_str());
+  delete state->text;
+  delete state;
+  papplJobSetData(job, nullptr);
+}
+
+}  // namespace
+
+bool StartRasterJob(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*) {
+  auto* state = new RasterJob;
+  papplJobSetData(job, state);
+  char path[1024];
+  const int fd = papplJobOpenFile(job, path, sizeof path, nullptr, "ps", "w");
+  if (fd < 0 || (state->out = fdopen(fd, "w")) == nullptr) {
+    if (fd >= 0) close(fd);
+    papplLogJob(job, PAPPL_LOGLEVEL_ERROR, "Unable to create the job's PostScript file.");
+    Discard(job, state);
+    return false;
+  }
+  state->path = path;
+  state->text = new Ascii85Writer(state->out);
+  fputs("%!PS-Adobe-3.0\n%%Creator: zpjl-printer-app\n%%LanguageLevel: 3\n%%Pages: (atend)\n"
+        "%%EndComments\n%%BeginProlog\n%%EndProlog\n%%BeginSetup\n%%EndSetup\n",
+        state->out);
+  return true;
+}
+
+// The image's colour space and sample decoding for the page's raster:
+// grey and RGB from PAPPL's sGray and sRGB, and the 1-bit black of
+// bi-level documents, where 1 is black.
+struct ImageSpace {
+  const char* space;
+  const char* decode;
+};
+
+ImageSpace SpaceOf(const cups_page_header2_t& h) {
+  if (h.cupsNumColors == 3) return {"RGB", "0 1 0 1 0 1"};
+  if (h.cupsColorSpace == CUPS_CSPACE_K) return {"Gray", "1 0"};
+  return {"Gray", "0 1"};
+}
+
+bool StartRasterPage(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t*,
+                     unsigned) {
+  RasterJob* state = JobState(job);
+  if (state == nullptr) return false;
+  const auto& h = options->header;
+  const ImageSpace image = SpaceOf(h);
+  ++state->pages;
+  fprintf(state->out,
+          "%%%%Page: %u %u\n%%%%BeginPageSetup\n%%%%EndPageSetup\ngsave\n%u %u scale\n"
+          "/Device%s setcolorspace\n"
+          "<< /ImageType 1 /Width %u /Height %u /BitsPerComponent %u /Decode [%s]\n"
+          "   /ImageMatrix [%u 0 0 -%u 0 %u]\n"
+          "   /DataSource currentfile /ASCII85Decode filter /FlateDecode filter >> image\n",
+          state->pages, state->pages, h.PageSize[0], h.PageSize[1], image.space, h.cupsWidth,
+          h.cupsHeight, h.cupsBitsPerColor, image.decode, h.cupsWidth, h.cupsHeight,
+          h.cupsHeight);
+  state->zs = {};
+  return deflateInit(&state->zs, Z_DEFAULT_COMPRESSION) == Z_OK;
+}
+
+bool WriteRasterLine(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t*, unsigned,
+                     const unsigned char* line) {
+  RasterJob* state = JobState(job);
+  if (state == nullptr) return false;
+  Deflate(*state, line, options->header.cupsBytesPerLine, Z_NO_FLUSH);
+  return true;
+}
+
+bool EndRasterPage(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*, unsigned) {
+  RasterJob* state = JobState(job);
+  if (state == nullptr) return false;
+  Deflate(*state, nullptr, 0, Z_FINISH);
+  deflateEnd(&state->zs);
+  state->text->Finish();
+  fputs("grestore\nshowpage\n", state->out);
+  return true;
+}
+
+bool EndRasterJob(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* device) {
+  RasterJob* state = JobState(job);
+  if (state == nullptr) return false;
+  fprintf(state->out, "%%%%Trailer\n%%%%Pages: %u\n%%%%EOF\n", state->pages);
+  const bool written = fflush(state->out) == 0;
+  const bool ok = written && PrintThroughFilter(job, options, device, {}, state->path);
+  Discard(job, state);
+  return ok;
+}
