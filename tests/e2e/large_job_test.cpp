@@ -5,6 +5,7 @@
 // pieces the writer left).
 #include <unistd.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
 
@@ -88,7 +89,9 @@ class LargeJobTest : public ::testing::TestWithParam<Feed> {
     if (GetParam().fromFile) {
       // One file per test and process: ctest runs the cases side by side.
       const ::testing::TestInfo* test = ::testing::UnitTest::GetInstance()->current_test_info();
-      std::string path = ::testing::TempDir() + test->name() + "-" + std::to_string(getpid()) + ".ps";
+      std::string name = test->name();
+      std::replace(name.begin(), name.end(), '/', '-');
+      std::string path = ::testing::TempDir() + name + "-" + std::to_string(getpid()) + ".ps";
       FILE* file = fopen(path.c_str(), "wb");
       EXPECT_NE(file, nullptr);
       fwrite(input.data(), 1, input.size(), file);
