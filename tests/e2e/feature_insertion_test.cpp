@@ -117,6 +117,22 @@ TEST(Insertion, JobEndingInsideAFeatureLine) {
                          run.out));
 }
 
+// Pass 1 holds the last byte of every read back: reads of a single byte
+// must give the same stream as one read of the whole job.
+TEST(Insertion, ReadsOfOneByteGiveTheSameStream) {
+  FilterJob job;
+  job.ppd = Fixture("ppd/decomp-color.ppd");
+  job.input = "%!PS\n%%BeginFeature: *KRSetTrapMode True\nbp\r\nep\n%%EOF";
+  FilterRun whole = RunFilter(job);
+  job.input.clear();
+  FilterProcess process(job);
+  for (char byte : std::string("%!PS\n%%BeginFeature: *KRSetTrapMode True\nbp\r\nep\n%%EOF")) {
+    ASSERT_TRUE(process.Write(std::string(1, byte)));
+    usleep(2000);
+  }
+  EXPECT_TRUE(SameStream(whole.out, process.Finish().out));
+}
+
 TEST(Insertion, UnopenableFileWritesNoLanguageSwitch) {
   FilterJob job;
   job.ppd = Fixture("ppd/decomp-color.ppd");

@@ -112,6 +112,7 @@ INSTANTIATE_TEST_SUITE_P(
         // "endp" counts a page but logs none.
         PageLogCase{"Darwin19", ZPJL_FILTER, "bp\nep\nbp\nendp\nbp\nep\n", "PAGE:1 3\nPAGE:3 3\n"},
         PageLogCase{"Darwin20WrapsBelow10_7", ZPJL_FILTER_DARWIN20, "bp\nep\nbp\nep\n", ""},
+        PageLogCase{"Darwin11Is10_7Exactly", ZPJL_FILTER_DARWIN11, "bp\nep\n", "PAGE:1 3\n"},
         PageLogCase{"ChunkRemainderIsALine", ZPJL_FILTER, std::string(8065, 'z') + "ep\n",
                     "PAGE:1 3\n"},
         PageLogCase{"LongLineIsNoPageEnd", ZPJL_FILTER, std::string(8064, 'z') + "ep\n", ""},
