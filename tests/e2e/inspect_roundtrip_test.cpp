@@ -42,7 +42,6 @@ struct RoundTrip {
   std::map<std::string, int> fragments;  // kind, how many
   std::string input = "";  // PostScript on standard input; empty: the two-page sample job
 };
-void PrintTo(const RoundTrip& c, std::ostream* os) { *os << c.name; }
 
 std::string Findings(const StreamReport& report) {
   std::string text;
@@ -90,10 +89,7 @@ std::string SchemaProblem(const std::string& json) {
 
 OpeningKey TestKey() { return {ReadFile(TestPrivateKeyPath2048()), true}; }
 
-class InspectRoundTrip : public ::testing::TestWithParam<RoundTrip> {};
-
-TEST_P(InspectRoundTrip, ReportsWhatTheJobAskedFor) {
-  const RoundTrip& c = GetParam();
+void CheckReportsWhatTheJobAskedFor(const RoundTrip& c) {
   FilterRun run = RunJob(c.ppd, c.options, c.input);
   ASSERT_EQ(run.status, 0) << run.err;
   InspectOptions options;
@@ -155,8 +151,7 @@ TEST_P(InspectRoundTrip, ReportsWhatTheJobAskedFor) {
   FilterRun json = RunInspector({"--json", "--key", TestPrivateKeyPath2048()}, run.out);
   EXPECT_EQ(json.status, kExitWellFormed) << json.err;
   const std::string problem = SchemaProblem(json.out);
-  if (problem == "skip") GTEST_SKIP() << "python3 has no jsonschema module";
-  EXPECT_EQ(problem, "") << json.out;
+  if (problem != "skip") EXPECT_EQ(problem, "") << json.out;
 }
 
 const std::string kHold = StoredPasswordText("quokka");
@@ -181,9 +176,8 @@ const std::string kFeatureJob =
 
 using G = LineGroup;
 
-INSTANTIATE_TEST_SUITE_P(
-    Jobs, InspectRoundTrip,
-    ::testing::Values(
+TEST(InspectRoundTrip, ReportsWhatEachJobAskedFor) {
+  for (const RoundTrip& c : std::vector<RoundTrip>{
         RoundTrip{
             "SecurePrintWithAccounting",
             "ppd/modules-utf8.ppd",
@@ -321,7 +315,11 @@ INSTANTIATE_TEST_SUITE_P(
                    "@DRDM"},
                   2,
                   {},
-                  kFeatureJob}));
+                  kFeatureJob}}) {
+    SCOPED_TRACE(c.name);
+    CheckReportsWhatTheJobAskedFor(c);
+  }
+}
 
 // Every fixture PPD with a job that asks for every feature at once: the
 // stream is well-formed, every line known and in order, and the mode and
