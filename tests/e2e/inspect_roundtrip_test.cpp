@@ -385,64 +385,6 @@ TEST(InspectEveryPrinter, RichJobOnEveryFixturePPD) {
   }
 }
 
-// The debug job copy reads like the stream; in the insertion mode it holds
-// the spooled PostScript before the language switch, the derived PJL among
-// its lines.
-TEST(InspectDebugCopy, ReadsLikeTheStream) {
-  const std::string flagDir = std::string(ZPJL_TEST_COPY_DIR) + "/inspect";
-  mkdir(ZPJL_TEST_COPY_DIR, 0755);
-  mkdir(flagDir.c_str(), 0755);
-  const std::string flag = flagDir + "/krjobcopy";
-  ASSERT_TRUE(WriteText(flag, ""));
-  const struct {
-    const char* ppd;
-    bool debugCopyForm;
-    std::vector<std::string> insertion;
-  } kCases[] = {
-      {"ppd/utf8-color.ppd", false, {}},
-      {"ppd/decomp-color.ppd",
-       true,
-       {"@GRGU", "@RGBP", "@RGBG", "ECONOMODE", "@TRAP", "RESOLUTION", "BITSPERPIXEL", "@DRDM"}},
-  };
-  for (const auto& c : kCases) {
-    ScratchDir tmp;
-    ASSERT_TRUE(tmp.ok());
-    FilterJob job;
-    job.filter = ZPJL_FILTER_INSPECT_COPY;
-    job.ppd = Fixture(c.ppd);
-    std::string dir = tmp.File("");
-    dir.pop_back();
-    job.env["TMPDIR"] = dir;
-    job.options = Key("PrintTypeTicketKey", "2") + Key("PrintTypeUserNameTicketKey", "alice") +
-                  Key("PrintTypePasswordTicketKey", kHold) + kWatermark;
-    job.input = kFeatureJob;
-    FilterRun run = RunFilter(job);
-    ASSERT_EQ(run.status, 0) << c.ppd;
-    std::string copy;
-    if (DIR* d = opendir(dir.c_str())) {
-      while (dirent* entry = readdir(d)) {
-        if (entry->d_name[0] == 'k') copy = tmp.File(entry->d_name);
-      }
-      closedir(d);
-    }
-    ASSERT_FALSE(copy.empty()) << c.ppd;
-    const StreamReport report = InspectStream(ReadFile(copy), {TestKey()});
-    unlink(copy.c_str());
-    EXPECT_FALSE(report.Malformed()) << c.ppd << "\n" << Findings(report);
-    EXPECT_EQ(report.debugCopyForm, c.debugCopyForm) << c.ppd;
-    std::vector<std::string> insertion;
-    for (const HeaderLine& line : report.insertion) insertion.push_back(line.parsed.name);
-    EXPECT_EQ(insertion, c.insertion) << c.ppd;
-    EXPECT_EQ(report.mode, c.insertion.empty() ? StreamMode::kPassThrough : StreamMode::kInsertion);
-    EXPECT_EQ(report.SealedFields(), 1) << c.ppd;
-    ASSERT_TRUE(report.postscript) << c.ppd;
-    EXPECT_EQ(report.postscript->pages, 2) << c.ppd;
-    // The watermark prolog and the text on each of the two pages.
-    EXPECT_EQ(report.postscript->fragments.size(), 3u) << c.ppd;
-  }
-  unlink(flag.c_str());
-}
-
 // Exit status 1 for broken envelopes, through the command.
 TEST(InspectCommand, BrokenStreamsAreMalformed) {
   FilterRun run = RunJob("ppd/modules-utf8.ppd", "", "");
