@@ -8,9 +8,9 @@
 #include <cstdlib>
 #include <string>
 
-#include "frame/job_flow.h"
-#include "frame/job_state.h"
+#include "base/job_state.h"
 #include "fuzz_support.h"
+#include "job/job_flow.h"
 #include "modules/job_comments/job_comments.h"
 #include "modules/watermark/watermark.h"
 

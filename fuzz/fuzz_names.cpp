@@ -8,8 +8,8 @@
 #include <cstring>
 #include <string>
 
-#include "frame/fixed_text.h"
-#include "frame/job_state.h"
+#include "base/fixed_text.h"
+#include "base/job_state.h"
 #include "fuzz_support.h"
 #include "ticket/name_validation.h"
 #include "ticket/text_encoding.h"

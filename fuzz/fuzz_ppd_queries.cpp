@@ -8,10 +8,10 @@
 #include <cstring>
 #include <string>
 
-#include "frame/job_flow.h"
-#include "frame/job_state.h"
-#include "frame/ppd_queries.h"
+#include "base/job_state.h"
+#include "base/ppd_queries.h"
 #include "fuzz_support.h"
+#include "job/job_flow.h"
 #include "modules/device_settings/device_settings.h"
 #include "modules/job_comments/job_comments.h"
 #include "modules/perfect_binding/perfect_binding.h"

@@ -13,12 +13,12 @@
 #include <cstdlib>
 #include <string>
 
-#include "engine/module_dispatch.h"
-#include "frame/feature_insertion.h"
-#include "frame/job_state.h"
-#include "frame/line_scanner.h"
-#include "frame/ps_stream.h"
+#include "base/job_state.h"
 #include "fuzz_support.h"
+#include "job/feature_insertion.h"
+#include "job/line_scanner.h"
+#include "job/module_dispatch.h"
+#include "job/ps_stream.h"
 #include "modules/job_comments/job_comments.h"
 
 namespace {

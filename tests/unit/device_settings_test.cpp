@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string>
 
-#include "frame/fixed_text.h"
+#include "base/fixed_text.h"
 #include "modules/job_comments/job_comments.h"
 #include "platform/job_ppd.h"
 #include "test_support.h"

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "engine/module_dispatch.h"
-#include "frame/fixed_text.h"
-#include "frame/job_state.h"
+#include "base/fixed_text.h"
+#include "base/job_state.h"
+#include "job/module_dispatch.h"
 #include "modules/job_comments/job_comments.h"
 #include "test_support.h"
 

@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
+#include "base/fixed_text.h"
+#include "base/job_state.h"
 #include "engine/condition.h"
-#include "frame/fixed_text.h"
-#include "frame/job_state.h"
 #include "modules/accounting/accounting.h"
 #include "modules/print_type/print_type.h"
 #include "test_support.h"

@@ -11,11 +11,11 @@
 #include <set>
 #include <string>
 
-#include "engine/job_header.h"
-#include "engine/module_dispatch.h"
-#include "frame/fixed_text.h"
-#include "frame/job_state.h"
+#include "base/fixed_text.h"
+#include "base/job_state.h"
 #include "inspect/stream_inspection.h"
+#include "job/job_header.h"
+#include "job/module_dispatch.h"
 #include "modules/job_comments/job_comments.h"
 #include "sealed_blob.h"
 #include "test_support.h"

@@ -5,13 +5,13 @@
 
 #include <string>
 
-#include "engine/module_dispatch.h"
-#include "frame/fixed_text.h"
-#include "frame/job_state.h"
+#include "base/fixed_text.h"
+#include "base/job_state.h"
 #include "inspect/postscript_part.h"
-#include "test_support.h"
+#include "job/module_dispatch.h"
 #include "modules/features/features.h"
 #include "modules/watermark/watermark.h"
+#include "test_support.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "frame/fixed_text.h"
+#include "base/fixed_text.h"
 #include "test_support.h"
 
 namespace {

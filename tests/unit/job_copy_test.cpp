@@ -1,4 +1,4 @@
-#include "frame/job_copy.h"
+#include "job/job_copy.h"
 
 #include <gtest/gtest.h>
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "frame/fixed_text.h"
-#include "frame/job_state.h"
+#include "base/fixed_text.h"
+#include "base/job_state.h"
 #include "test_support.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "frame/job_state.h"
+#include "base/job_state.h"
 #include "sealed_blob.h"
 
 namespace {

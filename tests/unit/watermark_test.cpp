@@ -6,9 +6,9 @@
 #include <cstring>
 #include <string>
 
-#include "engine/module_dispatch.h"
-#include "frame/fixed_text.h"
-#include "frame/ps_stream.h"
+#include "base/fixed_text.h"
+#include "job/module_dispatch.h"
+#include "job/ps_stream.h"
 #include "test_support.h"
 
 namespace {
