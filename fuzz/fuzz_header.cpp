@@ -5,6 +5,8 @@
 //
 // Input: one byte choosing the printer (a fixture PPD, or none), then the
 // ticket text, then optionally NUL, the user name, NUL, the title.
+// Property: whatever they hold, they add no line to the header.
+#include <algorithm>
 #include <cstdlib>
 #include <string>
 
@@ -42,6 +44,31 @@ const char kJob[] =
     "userdict/setpagedevice{pop}bind put\nbp\n%%EndPageSetup\n(page) show\nep\n"
     "bp\n%%EndPageSetup\nendp\nshowpage\n";
 
+// No ticket, user name or title adds a line to the header: every line is
+// a PJL line, with no control byte but its CR LF end and its quotes paired,
+// so no value ended early. The only ESC
+// bytes in the stream are the envelope's.
+void CheckHeaderLines(const std::string& stream) {
+  const std::string& uel = fuzz::UniversalExit();
+  size_t end = stream.find("@PJL ENTER LANGUAGE=POSTSCRIPT\n");
+  fuzz::Check(end != std::string::npos, "the header ends with the language switch");
+  for (size_t at = uel.size(), next; at < end; at = next + 1) {
+    next = stream.find('\n', at);
+    std::string line = stream.substr(at, next - at);
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    fuzz::Check(line.compare(0, 5, "@PJL ") == 0, "every header line is a PJL line",
+                fuzz::Visible(line));
+    for (char c : line) {
+      fuzz::Check(static_cast<unsigned char>(c) >= 0x20 || c == '\t',
+                  "no control byte inside a header line", fuzz::Visible(line));
+    }
+    fuzz::Check(std::count(line.begin(), line.end(), '"') % 2 == 0,
+                "quotes paired in a header line", fuzz::Visible(line));
+  }
+  fuzz::Check(std::count(stream.begin(), stream.end(), '\x1b') == 2,
+              "no ESC but the envelope's", fuzz::Visible(stream));
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -78,6 +105,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   fuzz::Check(status == 0, "exit status 0");
   fuzz::Check(fuzz::StartsWith(stream, fuzz::UniversalExit() + "@PJL"),
               "the stream starts with the universal exit language", fuzz::Visible(stream));
+  CheckHeaderLines(stream);
   // The job's end: Ctrl-D after the last line in pass-through; in the
   // insertion mode the held-back last line end, as an empty line.
   const std::string end =

@@ -14,6 +14,7 @@
 #include "frame/byte_search.h"
 #include "frame/fixed_text.h"
 #include "frame/job_state.h"
+#include "frame/job_text.h"
 #include "frame/line_scanner.h"
 #include "frame/output_channel.h"
 #include "frame/ppd_queries.h"
@@ -118,6 +119,7 @@ void OutputPJLForScreenLine(const char* line, size_t length) {
     }
     char name[kNameLength + 1];
     CopyTextPrefix(name, sizeof name, line + p - 5, kNameLength);
+    CleanPJLText(name);  // four bytes of the job's PostScript
     char value[3] = {line[p], pair ? line[p + 1] : '\0', '\0'};
     FormatText(out, sizeof out, "@PJL SET JOBATTR=\"@%s=%s\"\n", name, value);
     WriteOut(out);

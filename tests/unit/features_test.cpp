@@ -202,7 +202,8 @@ TEST_F(FeaturesTest, SeparatorPagesFragment) {
       // 13 characters fill the 100-byte line; one more cuts its line end.
       {2, "1,2,3,4,5,6,7", "1 dict dup/SeparatorPages[1,2,3,4,5,6,7" + fixed + "\n"},
       {2, "1,2,3,4,5,6,78", "1 dict dup/SeparatorPages[1,2,3,4,5,6,78" + fixed},
-      {2, "%s%n", "1 dict dup/SeparatorPages[%s%n" + fixed + "\n"},
+      // Only number characters: no comment, format or bracket gets in.
+      {2, "%s%n]", "1 dict dup/SeparatorPages[?????" + fixed + "\n"},
   };
   for (const auto& c : cases) {
     zpjlOptionFeatures.separatorPagesList = c.list;

@@ -161,7 +161,25 @@ TEST_F(WatermarkTest, LinesAreCutAtTheirBufferAndNeverFormats) {
   std::string out = At(27);
   EXPECT_NE(out.find("rotate\n" + text.substr(0, kWatermarkLineSize - 1) + "grestore\n"),
             std::string::npos);
-  EXPECT_NE(out.find("/F%s%n 48 selectfont\n"), std::string::npos);
+  EXPECT_NE(out.find("/F?s?n 48 selectfont\n"), std::string::npos);
+}
+
+TEST_F(WatermarkTest, TextShowsAsTypedInOneStringToken) {
+  const struct {
+    const char *text, *token;
+  } cases[] = {
+      {"(a (b) c)", "(a (b) c)"},  // paired parentheses need no escape
+      {"<48 65>", "<48 65>"},
+      {"DRAFT", "(DRAFT)"},
+      {"(a) show (b)", "(a\\) show \\(b)"},
+      {"(C:\\x\\)", "(C:\\\\x\\\\)"},
+      {"(\x1b%-12345X\r\n)", "(?%-12345X?" "?)"},
+      {"<4G>", "(<4G>)"},
+  };
+  for (const auto& c : cases) {
+    CopyText(psOptionWatermark.text, sizeof psOptionWatermark.text, c.text);
+    EXPECT_EQ(LineBefore(At(27), " show\n"), c.token) << c.text;
+  }
 }
 
 size_t Count(const std::string& text, const std::string& what) {
