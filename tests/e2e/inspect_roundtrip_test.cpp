@@ -559,6 +559,13 @@ TEST(InspectCommand, SealedFieldsOpenOnlyAsFarAsAsked) {
       EXPECT_EQ(inspected.out.find(hidden), std::string::npos) << hidden << "\n" << inspected.out;
     }
   }
+  // One byte of the key digest changed: a blob sealed for another recipient.
+  std::string foreign = run.out;
+  foreign[from + 27] = foreign[from + 27] == 'A' ? 'B' : 'A';
+  EXPECT_NE(RunInspector({}, foreign).out.find("digest does not match the built-in recipient key"),
+            std::string::npos);
+  EXPECT_NE(RunInspector({"--json"}, foreign).out.find("\"digest_matches_builtin\": false"),
+            std::string::npos);
 }
 
 }  // namespace

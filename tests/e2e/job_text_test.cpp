@@ -217,4 +217,28 @@ TEST(JobText, NeverWritesPrinterCommands) {
   }
 }
 
+// The watermark text renders as typed: a string the dialog wrote stays as
+// it is unless something in it would end it early.
+TEST(JobText, WatermarkTextShowsAsTyped) {
+  const struct {
+    const char *text, *token;
+  } cases[] = {
+      {"(a (b) c)", "(a (b) c)"},
+      {"<48 65>", "<48 65>"},
+      {"DRAFT", "(DRAFT)"},
+      {"(a) show (b)", "(a\\) show \\(b)"},
+      {"(C:\\x\\)", "(C:\\\\x\\\\)"},
+      {"(\x1b%-12345X\r\n)", "(?%-12345X?" "?)"},
+      {"<4G>", "(<4G>)"},
+  };
+  for (const auto& c : cases) {
+    FilterJob job;
+    job.ppd = Fixture("ppd/utf8-color.ppd");
+    job.options = Key("WMARKTypeTicket", "0") + Key("WMARKNameTicket", "w") +
+                  Key("WMARKTextTicket", Quoted(c.text));
+    job.input = "%!PS\nbp\nep\n";
+    EXPECT_EQ(LineBefore(RunFilter(job).out, " show\n"), c.token) << c.text;
+  }
+}
+
 }  // namespace
