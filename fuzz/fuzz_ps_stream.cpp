@@ -6,8 +6,8 @@
 // ticket is empty, so no module inserts PostScript.
 #include <string>
 
-#include "frame/ps_stream.h"
 #include "fuzz_support.h"
+#include "job/ps_stream.h"
 
 namespace {
 

@@ -18,8 +18,8 @@
 #include <cstring>
 #include <string>
 
-#include "frame/job_flow.h"
-#include "frame/job_state.h"
+#include "base/job_state.h"
+#include "job/job_flow.h"
 #include "modules/job_comments/job_comments.h"
 #include "modules/watermark/watermark.h"
 #include "platform/job_ppd.h"

@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "frame/fixed_text.h"
-#include "frame/job_text.h"
+#include "base/fixed_text.h"
+#include "base/job_text.h"
 
 const char CtrlSym_Dec[] = "%d";
 const char CtrlSym_Char[] = "%c";

@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "base/ppd_queries.h"
 #include "filter_runner.h"
-#include "frame/ppd_queries.h"
 #include "inspect/inspect_cli.h"
 #include "inspect/stream_inspection.h"
 #include "sealed_blob.h"

@@ -7,11 +7,11 @@
 
 #include <cups/ppd.h>
 
-#include "frame/fixed_text.h"
-#include "frame/job_text.h"
-#include "frame/output_channel.h"
+#include "base/fixed_text.h"
+#include "base/job_text.h"
+#include "base/output_channel.h"
+#include "engine/ticket_rows.h"
 #include "platform/job_ppd.h"
-#include "ticket/ticket_rows.h"
 
 PBindOption psoptionpbind;
 

@@ -2,9 +2,9 @@
 
 #include <cstring>
 
-#include "frame/fixed_text.h"
-#include "frame/job_text.h"
-#include "frame/output_channel.h"
+#include "base/fixed_text.h"
+#include "base/job_text.h"
+#include "base/output_channel.h"
 
 WatermarkOptionRecord psOptionWatermark;
 

@@ -1,6 +1,6 @@
-#include "frame/output_channel.h"
+#include "base/output_channel.h"
 
-#include "frame/job_state.h"
+#include "base/job_state.h"
 
 void KZfwrite(const void* buffer, size_t itemSize, size_t itemCount, FILE* stream) {
   if (gJobFilefp != nullptr) fwrite(buffer, itemSize, itemCount, gJobFilefp);

@@ -1,4 +1,4 @@
-#include "frame/fixed_text.h"
+#include "base/fixed_text.h"
 
 #include <cstdarg>
 #include <cstdio>

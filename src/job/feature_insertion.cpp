@@ -1,4 +1,4 @@
-#include "frame/feature_insertion.h"
+#include "job/feature_insertion.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -10,15 +10,15 @@
 
 #include <cups/cups.h>
 
-#include "engine/job_header.h"
-#include "frame/byte_search.h"
-#include "frame/fixed_text.h"
-#include "frame/job_state.h"
-#include "frame/job_text.h"
-#include "frame/line_scanner.h"
-#include "frame/output_channel.h"
-#include "frame/ppd_queries.h"
-#include "frame/ps_stream.h"
+#include "base/byte_search.h"
+#include "base/fixed_text.h"
+#include "base/job_state.h"
+#include "base/job_text.h"
+#include "base/output_channel.h"
+#include "base/ppd_queries.h"
+#include "job/job_header.h"
+#include "job/line_scanner.h"
+#include "job/ps_stream.h"
 #include "modules/device_settings/device_settings.h"
 #include "platform/job_ppd.h"
 #include "platform/job_ticket.h"

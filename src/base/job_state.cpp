@@ -1,6 +1,6 @@
-#include "frame/job_state.h"
+#include "base/job_state.h"
 
-#include "frame/fixed_text.h"
+#include "base/fixed_text.h"
 
 char StdUserName[kStdUserNameSize];
 char StdJBAUserName[kStdJBAUserNameSize];

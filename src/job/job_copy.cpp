@@ -1,4 +1,4 @@
-#include "frame/job_copy.h"
+#include "job/job_copy.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -6,9 +6,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "frame/fixed_text.h"
-#include "frame/job_state.h"
-#include "frame/ppd_queries.h"
+#include "base/fixed_text.h"
+#include "base/job_state.h"
+#include "base/ppd_queries.h"
 #include "platform/build_config.h"
 
 namespace {

@@ -1,6 +1,6 @@
-#include "engine/module_dispatch.h"
+#include "job/module_dispatch.h"
 
-#include "engine/job_header.h"
+#include "job/job_header.h"
 #include "modules/accounting/accounting.h"
 #include "modules/features/features.h"
 #include "modules/job_comments/job_comments.h"

@@ -1,4 +1,4 @@
-#include "frame/ps_stream.h"
+#include "job/ps_stream.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -8,11 +8,11 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "engine/module_dispatch.h"
-#include "frame/job_state.h"
-#include "frame/line_scanner.h"
-#include "frame/output_channel.h"
-#include "frame/ppd_queries.h"
+#include "base/job_state.h"
+#include "base/output_channel.h"
+#include "base/ppd_queries.h"
+#include "job/line_scanner.h"
+#include "job/module_dispatch.h"
 
 namespace {
 

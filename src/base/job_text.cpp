@@ -1,9 +1,9 @@
-#include "frame/job_text.h"
+#include "base/job_text.h"
 
 #include <cstring>
 #include <vector>
 
-#include "frame/fixed_text.h"
+#include "base/fixed_text.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "engine/job_header.h"
+#include "job/job_header.h"
 
 #include <cstring>
 
-#include "engine/module_dispatch.h"
-#include "frame/fixed_text.h"
-#include "frame/output_channel.h"
-#include "frame/ppd_queries.h"
+#include "base/fixed_text.h"
+#include "base/output_channel.h"
+#include "base/ppd_queries.h"
+#include "job/module_dispatch.h"
 #include "modules/device_settings/device_settings.h"
 #include "modules/features/features.h"
 #include "modules/job_comments/job_comments.h"
@@ -60,17 +60,6 @@ void BindFrameTables() {
   InitializeCmdParaTable(&symParaZPJLHead, cmdParaNumZPJLHead, cmdParaListZPJLHead);
   InitializeCmdParaTable(&symParaZPJLJobMode, cmdParaNumZPJLJobMode, cmdParaListZPJLJobMode);
   InitializeCmdParaTable(&symParaZPJLTrailer, cmdParaNumZPJLTrailer, cmdParaListZPJLTrailer);
-}
-
-void OutputZPJLCommandFromArray(char* argv[], const FormatEntry* table, int32_t count) {
-  (void)argv;
-  char line[kCommandBufferSize];
-  for (int32_t i = 0; i < count; ++i) {
-    const FormatEntry& row = table[i];
-    if (row.conditions != nullptr && ConditionCompare(row.conditions) != 1) continue;
-    BuildPrintComand(row.format, row.params, line, sizeof line);
-    KZfputs(line, stdout);
-  }
 }
 
 void OutputZPJLCommandLanguageEncodingForKQM4T2A() {

@@ -1,4 +1,4 @@
-#include "frame/ppd_queries.h"
+#include "base/ppd_queries.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -12,8 +12,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "frame/byte_search.h"
-#include "frame/ps_stream.h"
+#include "base/byte_search.h"
+#include "job/ps_stream.h"
 
 // The line ends (CR or LF) among the first min(length, 64) bytes, as bits:
 // bit i is set when bytes[i] ends a line. The scanner finds them 64 bytes at

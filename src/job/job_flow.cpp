@@ -1,18 +1,18 @@
-#include "frame/job_flow.h"
+#include "job/job_flow.h"
 
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 
-#include "engine/job_header.h"
-#include "engine/module_dispatch.h"
-#include "frame/feature_insertion.h"
-#include "frame/fixed_text.h"
-#include "frame/job_copy.h"
-#include "frame/job_state.h"
-#include "frame/ppd_queries.h"
-#include "frame/ps_stream.h"
+#include "base/fixed_text.h"
+#include "base/job_state.h"
+#include "base/ppd_queries.h"
 #include "identity/host_identity.h"
+#include "job/feature_insertion.h"
+#include "job/job_copy.h"
+#include "job/job_header.h"
+#include "job/module_dispatch.h"
+#include "job/ps_stream.h"
 #include "platform/job_ppd.h"
 #include "ticket/name_validation.h"
 #include "ticket/text_encoding.h"

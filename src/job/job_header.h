@@ -7,6 +7,7 @@
 
 #include "engine/command.h"
 #include "engine/condition.h"
+#include "engine/row_writer.h"
 
 // The frame's own one-row format tables (always emitted).
 extern const FormatEntry prtFmtTableZPJLHead[];
@@ -28,10 +29,6 @@ extern const char* const kCommentedModelList[];
 
 // Binds the frame's parameter tables (called by InializeDescriptionTable).
 void BindFrameTables();
-
-// Writes each row whose conditions hold, expanded, through the output channel.
-// `argv` is not used; it is part of the module interface.
-void OutputZPJLCommandFromArray(char* argv[], const FormatEntry* table, int32_t count);
 
 // "@PJL SET STRINGCODESET=UTF8\n" when the PPD declares UTF-8, else nothing.
 void OutputZPJLCommandLanguageEncodingForKQM4T2A();
