@@ -1,5 +1,6 @@
-// The whole job header from a job ticket, user name and title, on a small
-// job that has every line at which the PostScript modules write.
+// The whole job header from a job ticket, user name and title (converted
+// and validated for a UTF-8 or a Shift-JIS printer), on a small job that
+// has every line at which the PostScript modules write.
 //
 // Input: one byte choosing the printer (a fixture PPD, or none), then the
 // ticket text, then optionally NUL, the user name, NUL, the title.
@@ -20,6 +21,7 @@ const Printer kPrinters[] = {
     {"ppd/modules-utf8-default04.ppd", false}, {"ppd/modules-legacy-default04.ppd", false},
     {"ppd/jobinfo-utf8-color.ppd", false}, {"ppd/perfect_binding.ppd", false},
     {"ppd/listed-model.ppd", false},      {"ppd/decomp-color.ppd", true},
+    {"ppd/text-utf8.ppd", false},         {"ppd/text-shiftjis.ppd", false},
     {nullptr, false},
 };
 
