@@ -3,13 +3,14 @@
 #include <mbedtls/asn1.h>
 #include <mbedtls/base64.h>
 #include <mbedtls/cipher.h>
-#include <mbedtls/ctr_drbg.h>
-#include <mbedtls/entropy.h>
 #include <mbedtls/md.h>
 #include <mbedtls/pk.h>
 #include <mbedtls/platform_util.h>
 #include <mbedtls/rsa.h>
 
+#include <sys/random.h>
+
+#include <cerrno>
 #include <climits>
 #include <cstring>
 
@@ -23,46 +24,19 @@ void SetError(CryptoError* error, int32_t code, const char* description) {
   error->description = description;
 }
 
-// The one random generator of the process, seeded from the system's entropy
-// on first use: every blob of a job draws from it.
-class RandomGenerator {
- public:
-  RandomGenerator() {
-    mbedtls_entropy_init(&entropy_);
-    mbedtls_ctr_drbg_init(&drbg_);
-    seeded_ = mbedtls_ctr_drbg_seed(&drbg_, mbedtls_entropy_func, &entropy_, nullptr, 0) == 0;
+// Random bytes come straight from the kernel's generator: seeding a
+// generator of our own would cost more than the few dozen bytes a job needs.
+// In the library's callback form too, for RSA-OAEP's seed.
+int FillRandom(void*, unsigned char* out, size_t length) {
+  while (length > 0) {
+    const ssize_t got = getrandom(out, length, 0);
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) return MBEDTLS_ERR_RSA_RNG_FAILED;
+    out += got;
+    length -= static_cast<size_t>(got);
   }
-  ~RandomGenerator() {
-    mbedtls_ctr_drbg_free(&drbg_);
-    mbedtls_entropy_free(&entropy_);
-  }
-  RandomGenerator(const RandomGenerator&) = delete;
-  RandomGenerator& operator=(const RandomGenerator&) = delete;
-
-  // The library's callback form, for RSA-OAEP's seed.
-  static int Fill(void* self, unsigned char* out, size_t length) {
-    auto* generator = static_cast<RandomGenerator*>(self);
-    if (!generator->seeded_) return MBEDTLS_ERR_CTR_DRBG_ENTROPY_SOURCE_FAILED;
-    while (length > 0) {
-      const size_t chunk = length < MBEDTLS_CTR_DRBG_MAX_REQUEST ? length : MBEDTLS_CTR_DRBG_MAX_REQUEST;
-      const int status = mbedtls_ctr_drbg_random(&generator->drbg_, out, chunk);
-      if (status != 0) return status;
-      out += chunk;
-      length -= chunk;
-    }
-    return 0;
-  }
-
-  static RandomGenerator& Instance() {
-    static RandomGenerator generator;
-    return generator;
-  }
-
- private:
-  mbedtls_entropy_context entropy_;
-  mbedtls_ctr_drbg_context drbg_;
-  bool seeded_ = false;
-};
+  return 0;
+}
 
 // The RSA public key of the last DER text given, kept parsed: a job seals
 // several passwords for the same printer key.
@@ -168,8 +142,7 @@ int32_t AesCbc(bool encrypt, const uint8_t* key, size_t keyLength, const uint8_t
 
 int32_t CryptoRandomBytes(void* buffer, size_t length) {
   if (buffer == nullptr && length != 0) return -1;
-  RandomGenerator& generator = RandomGenerator::Instance();
-  return RandomGenerator::Fill(&generator, static_cast<unsigned char*>(buffer), length) == 0 ? 0 : -1;
+  return FillRandom(nullptr, static_cast<unsigned char*>(buffer), length) == 0 ? 0 : -1;
 }
 
 bool CryptoHmacSha256(const void* key, size_t keyLength, const void* data, size_t dataLength,
@@ -215,7 +188,7 @@ bool CryptoRsaOaepSha256Encrypt(const uint8_t* spkiDer, size_t derLength, const 
   static const uint8_t kNothing = 0;
   std::vector<uint8_t> sealed(mbedtls_rsa_get_len(key));
   const int status = mbedtls_rsa_rsaes_oaep_encrypt(
-      key, RandomGenerator::Fill, &RandomGenerator::Instance(), MBEDTLS_RSA_PUBLIC, nullptr, 0,
+      key, FillRandom, nullptr, MBEDTLS_RSA_PUBLIC, nullptr, 0,
       plainLength, plainLength != 0 ? static_cast<const uint8_t*>(plain) : &kNothing,
       sealed.data());
   if (status != 0) {

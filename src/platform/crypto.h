@@ -1,9 +1,9 @@
-// The cryptographic primitives the filter uses: random bytes, HMAC-SHA256,
-// RSA-OAEP (SHA-256 digest and MGF1) with a DER SubjectPublicKeyInfo, AES-CBC
-// with PKCS#7 padding, and base64 decoding of key text, over Mbed TLS's
-// crypto library: a job seals its passwords in a fraction of the time and
-// memory a general-purpose library takes to start. Nothing else in the
-// filter calls the library directly.
+// The cryptographic primitives the filter uses: random bytes (from the
+// kernel), HMAC-SHA256, RSA-OAEP (SHA-256 digest and MGF1) with a DER
+// SubjectPublicKeyInfo, AES-CBC with PKCS#7 padding, and base64 decoding of
+// key text, over Mbed TLS's crypto library: a job seals its passwords in a
+// fraction of the time and memory a general-purpose library takes to start.
+// Nothing else in the filter calls the library directly.
 #pragma once
 
 #include <cstddef>

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "frame/job_state.h"
+#include "base/job_state.h"
 
 namespace {
 
@@ -95,67 +95,4 @@ TEST(FormatClientAddressText, IPv4AndIPv6Texts) {
     EXPECT_EQ(std::string(out), c.expected) << c.numeric;
     EXPECT_EQ(out[kIPAddressStrSize], 'x') << c.numeric;
   }
-}
-
-TEST(HostName, CutToThePrinterLimits) {
-  struct Case {
-    const char* name;
-    std::string host;
-    bool utf8;
-    std::string expected;
-  };
-  const std::string kana = "\xE3\x81\x82";
-  std::string kana40;
-  for (int i = 0; i < 40; ++i) kana40 += kana;
-  const Case cases[] = {
-      {"short", "print-host", true, "print-host"},
-      {"UTF-8: 40 characters cut to 32", std::string(40, 'h'), true, std::string(32, 'h')},
-      {"UTF-8: 32 characters kept", std::string(32, 'h'), true, std::string(32, 'h')},
-      {"UTF-8: units, not bytes", kana40, true, kana40.substr(0, 96)},
-      {"Shift-JIS: cut to 96 bytes", std::string(200, 'h'), false, std::string(96, 'h')},
-  };
-  for (const Case& c : cases) {
-    char destination[kHostNameStrSize + 1];
-    std::memset(destination, 'x', sizeof destination);
-    CopyHostNameForPrinter(c.host.c_str(), c.utf8, destination);
-    EXPECT_EQ(std::string(destination), c.expected) << c.name;
-    EXPECT_EQ(destination[kHostNameStrSize], 'x') << c.name;
-  }
-}
-
-TEST(GetHostAddress, ResolvesNumericNames) {
-  struct Case {
-    const char* name;
-    bool result;
-    std::string expected;
-  };
-  const Case cases[] = {
-      {"10.0.0.5", true, "10.0.0.5"},
-      {"2001:db8:0:0:1:2:3:4", true, "2001:db8::1:2:3:4"},
-      {"127.0.0.1", true, ""},  // nothing chosen, yet the flag is set
-      {"", false, ""},
-  };
-  for (const Case& c : cases) {
-    char output[kHostAddressCapacity];
-    std::memset(output, 'x', sizeof output);
-    EXPECT_EQ(getHostAddress(c.name, output, sizeof output), c.result) << c.name;
-    EXPECT_EQ(std::string(output), c.expected) << c.name;
-  }
-  char output[4] = {'x', 'x', 'x', 'x'};
-  EXPECT_FALSE(getHostAddress(nullptr, output, sizeof output));
-  EXPECT_FALSE(getHostAddress("10.0.0.5", nullptr, 46));
-  EXPECT_FALSE(getHostAddress("10.0.0.5", output, -1));
-  EXPECT_EQ(std::string(output, 4), "xxxx");
-}
-
-TEST(HostIdentityDeathTest, BrokenInvariantsExitCleanly) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  char output[kHostAddressCapacity];
-  EXPECT_EXIT(getHostAddress("h\xC3\xB6st", output, sizeof output),
-              ::testing::ExitedWithCode(1), "ERROR: assertion failed: inputString != NULL");
-  EXPECT_EXIT(MyPrintAddressArray(nullptr, "host", output, sizeof output),
-              ::testing::ExitedWithCode(1), "ERROR: assertion failed: addresses != NULL");
-  std::vector<ResolvedAddress> none;
-  EXPECT_EXIT(MyPrintAddressArray(&none, nullptr, output, sizeof output),
-              ::testing::ExitedWithCode(1), "ERROR: assertion failed: name != NULL");
 }

@@ -1,0 +1,68 @@
+#include "job/job_header.h"
+
+#include "base/fixed_text.h"
+#include "base/output_channel.h"
+#include "base/ppd_queries.h"
+#include "job/module_dispatch.h"
+#include "platform/job_ppd.h"
+
+namespace {
+
+const char prtfmtStrZPJLHead[] = "%c%c-12345X";
+const char prtfmtStrZPJLJobMode[] = "@PJL JOB MODE=PRINTER%c%c";
+const char prtfmtStrEnterPS[] = "@PJL ENTER LANGUAGE=POSTSCRIPT\n";
+const char prtfmtStrZPJLTrailer[] = "%c%c-12345X@PJL EOJ\n";
+
+const ParamPointer cmdParaListZPJLHead[] = {&CTRLSym_ESC, &CTRLSym_PERCENTAGE};
+const int32_t cmdParaNumZPJLHead = 2;
+const ParamPointer cmdParaListZPJLJobMode[] = {&CTRLSym_CR, &CTRLSym_LF};
+const int32_t cmdParaNumZPJLJobMode = 2;
+// Four parameters, of which the format uses the first two.
+const ParamPointer cmdParaListZPJLTrailer[] = {&CTRLSym_ESC, &CTRLSym_PERCENTAGE, &CTRLSym_CR,
+                                               &CTRLSym_LF};
+const int32_t cmdParaNumZPJLTrailer = 4;
+
+}  // namespace
+
+ParamTable symParaZPJLHead;
+ParamTable symParaZPJLJobMode;
+ParamTable symParaZPJLTrailer;
+
+const FormatEntry prtFmtTableZPJLHead[] = {{prtfmtStrZPJLHead, &symParaZPJLHead, nullptr}};
+const int32_t numFmtTableZPJLHead = 1;
+const FormatEntry prtFmtTableZPJLJobMode[] = {{prtfmtStrZPJLJobMode, &symParaZPJLJobMode, nullptr}};
+const int32_t numFmtTableZPJLJobMode = 1;
+const FormatEntry prtFmtTableEnterPS[] = {{prtfmtStrEnterPS, nullptr, nullptr}};
+const int32_t numFmtTableEnterPS = 1;
+const FormatEntry prtFmtTableZPJLTrailer[] = {{prtfmtStrZPJLTrailer, &symParaZPJLTrailer, nullptr}};
+const int32_t numFmtTableZPJLTrailer = 1;
+
+void BindFrameTables() {
+  InitializeCmdParaTable(&symParaZPJLHead, cmdParaNumZPJLHead, cmdParaListZPJLHead);
+  InitializeCmdParaTable(&symParaZPJLJobMode, cmdParaNumZPJLJobMode, cmdParaListZPJLJobMode);
+  InitializeCmdParaTable(&symParaZPJLTrailer, cmdParaNumZPJLTrailer, cmdParaListZPJLTrailer);
+}
+
+void OutputZPJLCommandLanguageEncodingForKQM4T2A() {
+  char line[256];
+  ZeroText(line, sizeof line);
+  ppd_file_t* ppd = JobPPD();
+  if (PPDAttrEquals(ppd, "KRPrinterLanguageEncoding", "UTF-8")) {
+    FormatText(line, sizeof line, "@PJL SET STRINGCODESET=%s\n", "UTF8");
+  }
+  KZfprintf(stdout, line);
+}
+
+void OutputZPJLCommand(char* argv[]) {
+  OutputZPJLCommandFromArray(argv, prtFmtTableZPJLHead, numFmtTableZPJLHead);
+  OutputZPJLCommandLanguageEncodingForKQM4T2A();
+  OutputZPJLCommandFromArray(argv, prtFmtTableZPJLJobMode, numFmtTableZPJLJobMode);
+  OutputZPJLCommandFromModules(argv);
+
+  ppd_file_t* ppd = JobPPD();
+  // In the PPD-feature insertion mode the language switch comes after the
+  // PJL derived from the job's feature code, so it is written there.
+  if (!PPDAttrEquals(ppd, "KRPSDecompMode", "1")) {
+    OutputZPJLCommandFromArray(argv, prtFmtTableEnterPS, numFmtTableEnterPS);
+  }
+}
