@@ -1,7 +1,6 @@
 #include "printer_app/raster_postscript.h"
 
 #include <unistd.h>
-#include <zlib.h>
 
 #include <climits>
 #include <cstdio>
@@ -66,22 +65,33 @@ struct RasterJob {
   std::string path;
   FILE* out = nullptr;
   unsigned pages = 0;
-  z_stream zs = {};
   Ascii85Writer* text = nullptr;
 };
 
 RasterJob* JobState(pappl_job_t* job) { return static_cast<RasterJob*>(papplJobGetData(job)); }
 
-void Deflate(RasterJob& state, const unsigned char* data, size_t length, int flush) {
-  unsigned char buffer[16384];
-  state.zs.next_in = const_cast<unsigned char*>(data);
-  state.zs.avail_in = static_cast<uInt>(length);
-  do {
-    state.zs.next_out = buffer;
-    state.zs.avail_out = sizeof buffer;
-    deflate(&state.zs, flush);
-    state.text->Put(buffer, sizeof buffer - state.zs.avail_out);
-  } while (state.zs.avail_out == 0);
+// One raster line in PostScript's run-length code: runs of a repeated
+// byte as (257 - count, byte), other bytes as (count - 1, bytes...).
+void PutRunLength(Ascii85Writer& text, const unsigned char* line, size_t length) {
+  size_t i = 0;
+  while (i < length) {
+    size_t run = 1;
+    while (i + run < length && run < 128 && line[i + run] == line[i]) ++run;
+    if (run >= 2) {
+      const unsigned char code[2] = {static_cast<unsigned char>(257 - run), line[i]};
+      text.Put(code, 2);
+      i += run;
+      continue;
+    }
+    size_t literal = 1;
+    while (i + literal < length && literal < 128 &&
+           !(i + literal + 1 < length && line[i + literal] == line[i + literal + 1]))
+      ++literal;
+    const unsigned char code = static_cast<unsigned char>(literal - 1);
+    text.Put(&code, 1);
+    text.Put(line + i, literal);
+    i += literal;
+  }
 }
 
 void Discard(pappl_job_t* job, RasterJob* state) {
@@ -140,27 +150,26 @@ bool StartRasterPage(pappl_job_t* job, pappl_pr_options_t* options, pappl_device
           "/Device%s setcolorspace\n"
           "<< /ImageType 1 /Width %u /Height %u /BitsPerComponent %u /Decode [%s]\n"
           "   /ImageMatrix [%u 0 0 -%u 0 %u]\n"
-          "   /DataSource currentfile /ASCII85Decode filter /FlateDecode filter >> image\n",
+          "   /DataSource currentfile /ASCII85Decode filter /RunLengthDecode filter >> image\n",
           state->pages, state->pages, h.PageSize[0], h.PageSize[1], image.space, h.cupsWidth,
           h.cupsHeight, h.cupsBitsPerColor, image.decode, h.cupsWidth, h.cupsHeight,
           h.cupsHeight);
-  state->zs = {};
-  return deflateInit(&state->zs, Z_DEFAULT_COMPRESSION) == Z_OK;
+  return true;
 }
 
 bool WriteRasterLine(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t*, unsigned,
                      const unsigned char* line) {
   RasterJob* state = JobState(job);
   if (state == nullptr) return false;
-  Deflate(*state, line, options->header.cupsBytesPerLine, Z_NO_FLUSH);
+  PutRunLength(*state->text, line, options->header.cupsBytesPerLine);
   return true;
 }
 
 bool EndRasterPage(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*, unsigned) {
   RasterJob* state = JobState(job);
   if (state == nullptr) return false;
-  Deflate(*state, nullptr, 0, Z_FINISH);
-  deflateEnd(&state->zs);
+  const unsigned char endOfData = 128;
+  state->text->Put(&endOfData, 1);
   state->text->Finish();
   fputs("grestore\nshowpage\n", state->out);
   return true;

@@ -1,6 +1,6 @@
 // Raster documents (PWG and Apple raster, JPEG, PNG: PAPPL renders them)
-// become PostScript for the printer: each page one image, compressed with
-// Flate and written in ASCII85, then the job goes through the filter like
+// become PostScript for the printer: each page one image, run-length coded
+// and written in ASCII85, then the job goes through the filter like
 // any other.
 #pragma once
 

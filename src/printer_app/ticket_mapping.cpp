@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdio>
 
 namespace {
 
@@ -136,11 +135,13 @@ void ApplySecurePrint(const JobRequest& job, const PrinterProfile&, FilterArgume
 // The watermark's line of text, centred on the page at 45 degrees in
 // grey; its width is estimated from the font's average glyph width.
 constexpr int kWatermarkFontSize = 48;
-constexpr size_t kWatermarkTokenMax = 80;  // the filter draws it in a 100-byte line
+constexpr size_t kWatermarkTextMax = 60;  // the filter draws it in a 100-byte line
 
 void ApplyWatermark(const JobRequest& job, const PrinterProfile&, FilterArguments& out) {
   if (job.watermarkText.empty()) return;
-  const std::string token = PostScriptStringToken(job.watermarkText, kWatermarkTokenMax);
+  // The filter makes a PostScript string of a bracketed text, escaping
+  // what the text holds.
+  const std::string token = "(" + job.watermarkText.substr(0, kWatermarkTextMax) + ")";
   const int width = static_cast<int>(job.watermarkText.size()) * kWatermarkFontSize * 55 / 100;
   SetKey(out, "WMARKNameTicket", "ipp-watermark");
   SetKey(out, "WMARKTypeTicket", "0");
@@ -200,22 +201,4 @@ std::string EncodeTicketOptions(const TicketOptions& options) {
     }
   }
   return text;
-}
-
-std::string PostScriptStringToken(const std::string& text, size_t maxLength) {
-  std::string token = "(";
-  for (unsigned char c : text) {
-    char piece[5];
-    if (c == '(' || c == ')' || c == '\\') {
-      std::snprintf(piece, sizeof piece, "\\%c", c);
-    } else if (c < 0x20 || c >= 0x7f) {
-      std::snprintf(piece, sizeof piece, "\\%03o", c);
-    } else {
-      std::snprintf(piece, sizeof piece, "%c", c);
-    }
-    if (token.size() + std::char_traits<char>::length(piece) + 1 > maxLength) break;
-    token += piece;
-  }
-  token += ')';
-  return token;
 }

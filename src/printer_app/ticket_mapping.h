@@ -64,6 +64,3 @@ FilterArguments MapJobToTicket(const JobRequest& job, const PrinterProfile& prin
 // The CUPS option string (argument 5) for the options, readable by
 // cupsParseOptions whatever bytes the values hold.
 std::string EncodeTicketOptions(const TicketOptions& options);
-
-// The watermark text as a PostScript string token, at most maxLength bytes.
-std::string PostScriptStringToken(const std::string& text, size_t maxLength);

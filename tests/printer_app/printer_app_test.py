@@ -42,8 +42,8 @@ SECURE_JOB = """{
   ATTR octetString job-password "$password"
   ATTR keyword job-password-encryption $encryption
   GROUP job-attributes-tag
-  ATTR name job-account-id "ACC 42 com.korvanel.qd.jtz.printsettings.PrintTypeTicketKey=5"
-  ATTR name job-accounting-user-id "bob"
+  ATTR name job-account-id "ACC-42"
+  ATTR name job-accounting-user-id "bob com.korvanel.qd.jtz.printsettings.PrintTypeTicketKey=5"
   ATTR enum finishings 4
   ATTR text zpjl-watermark-text "DRAFT (1)"
   FILE $filename
@@ -230,17 +230,17 @@ class PrinterApp(unittest.TestCase):
                 self.assertEqual(header["HOLD"]["value"], "STORE")
                 self.assertEqual(header["USERNAME"]["value"], "alice")
                 self.assertEqual(header["HOLDENCRYPTKEY"]["sealed"]["opening"]["payload"], password)
-                self.assertEqual(header["@JOAU"]["value"], "bob")
+                self.assertEqual(header["@DAID"]["value"], "ACC-42")
                 # One option each, whatever the values hold.
-                self.assertEqual(header["@DAID"]["value"],
-                                 "ACC 42 com.korvanel.qd.jtz.printsettings.PrintTypeTicketKey=5")
+                self.assertEqual(header["@JOAU"]["value"],
+                                 "bob com.korvanel.qd.jtz.printsettings.PrintTypeTicketKey=5")
                 self.assertEqual(header["STAPLEEX"]["value"], "TOPLEFT")
                 self.assertEqual(header["JOBNAME"]["value"], "Quarterly report")
                 with open(path, "rb") as stream:
                     body = stream.read()
                 self.assertNotIn(password.encode(), body)
                 if name == "PostScript":
-                    self.assertIn(b"(DRAFT \\(1\\)) show", body)
+                    self.assertIn(b"(DRAFT (1)) show", body)
 
     def test_2_every_document_format(self):
         for name, fmt in (("doc.urf", "image/urf"), ("color.jpg", "image/jpeg"),
