@@ -42,3 +42,5 @@ void OutputPSCommandFromFilter(int32_t point, int32_t page, FILE* stream) {
   WatermarkOutputPSCommandFromFilter(point, page, stream);
   FeaturesOutputPSCommandFromFilter(point, stream);
 }
+
+bool PageHookWanted() { return WatermarkWantsPageHook(); }

@@ -17,3 +17,8 @@ void OutputZPJLCommandFromFilter(char* argv[]);
 
 // Lets the PostScript modules write at an injection point of the job.
 void OutputPSCommandFromFilter(int32_t point, int32_t page, FILE* stream);
+
+// Whether a module draws on every page it asks for, so that jobs which end
+// their pages in other ways than the application shape need the page-device
+// hook (injection point 40).
+bool PageHookWanted();
