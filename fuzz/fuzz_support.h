@@ -18,6 +18,12 @@
 #include <cstring>
 #include <string>
 
+#include "base/job_state.h"
+#include "job/job_flow.h"
+#include "modules/job_comments/job_comments.h"
+#include "modules/watermark/watermark.h"
+#include "platform/job_ppd.h"
+
 namespace fuzz {
 
 // Reads the fuzzer's bytes front to back; past the end every value is zero
@@ -172,6 +178,46 @@ inline std::string AfterCryptoMessages(const std::string& stream) {
 }
 inline bool EndsWith(const std::string& text, const std::string& end) {
   return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+// One job through FilterMain as CUPS starts the filter, the PostScript read
+// from a memory file: `ppd` a path, or empty for none. Every stream must
+// start with the universal exit language and a PJL line and end with the
+// trailer; returns the stream after any crypto messages.
+struct Job {
+  std::string ppd;
+  std::string ticket;
+  std::string user = "alice";
+  std::string title = "report";
+  std::string postscript;
+};
+
+inline std::string RunJob(const Job& job) {
+  static StdoutCapture capture;
+  static MemoryFile jobFile("job");
+  static const int ready = setenv("TMPDIR", "/dev/shm", 0);  // the insertion mode's spool
+  (void)ready;
+  jobFile.Set(job.postscript);
+  if (job.ppd.empty()) {
+    unsetenv("PPD");
+  } else {
+    setenv("PPD", job.ppd.c_str(), 1);
+  }
+  ForgetJobPPD();
+  ResetJobState();
+  CommentResetOptionRecord();
+  ResetWatermarkState();
+  std::string ticket = job.ticket, user = job.user, title = job.title, file = jobFile.path();
+  char name[] = "pstozpjl", id[] = "1", copies[] = "1";
+  char* argv[] = {name, id, user.data(), title.data(), copies, ticket.data(), file.data(), nullptr};
+  int status = FilterMain(7, argv);
+  std::string stream = AfterCryptoMessages(capture.Take());
+  Check(status == 0, "exit status 0");
+  Check(StartsWith(stream, UniversalExit() + "@PJL"),
+        "the stream starts with the universal exit language", Visible(stream));
+  Check(EndsWith(stream, Trailer()), "the stream ends with the trailer",
+        Visible(stream.substr(stream.size() > 200 ? stream.size() - 200 : 0)));
+  return stream;
 }
 
 }  // namespace fuzz

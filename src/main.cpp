@@ -1,4 +1,4 @@
 // pstozpjl: CUPS filter from PostScript to a PJL-wrapped print stream.
-#include "frame/job_flow.h"
+#include "job/job_flow.h"
 
 int main(int argc, char* argv[]) { return FilterMain(argc, argv); }

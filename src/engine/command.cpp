@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "frame/fixed_text.h"
+#include "base/fixed_text.h"
 
 const char CtrlSym_Dec[] = "%d";
 const char CtrlSym_Char[] = "%c";

@@ -9,7 +9,7 @@
 
 #include "inspect/report_output.h"
 #include "inspect/stream_inspection.h"
-#include "platform/crypto.h"
+#include "platform/crypto_private_key.h"
 
 #ifndef ZPJL_VERSION
 #define ZPJL_VERSION "unknown"

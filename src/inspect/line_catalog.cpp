@@ -6,9 +6,9 @@
 
 #include "engine/command.h"
 #include "engine/condition.h"
-#include "engine/job_header.h"
-#include "engine/module_dispatch.h"
-#include "frame/feature_insertion.h"
+#include "job/feature_insertion.h"
+#include "job/job_header.h"
+#include "job/module_dispatch.h"
 #include "modules/accounting/accounting.h"
 #include "modules/device_settings/device_settings.h"
 #include "modules/features/features.h"

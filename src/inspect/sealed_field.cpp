@@ -5,6 +5,7 @@
 
 #include "inspect/text_display.h"
 #include "platform/crypto.h"
+#include "platform/crypto_private_key.h"
 #include "secure/base64.h"
 #include "secure/key_material.h"
 #include "secure/sec_blob.h"

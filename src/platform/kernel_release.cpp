@@ -1,6 +1,8 @@
 #include "platform/kernel_release.h"
 
-#include "frame/fixed_text.h"
+#include <cstdio>
+#include <cstring>
+
 #include "platform/build_config.h"
 
 #if defined(__APPLE__)
@@ -9,10 +11,11 @@
 #endif
 
 bool ReadKernelRelease(char* out, size_t size) {
-  ZeroText(out, size);
+  if (size == 0) return false;
+  std::memset(out, 0, size);
   const char* configured = BuiltInKernelRelease();
   if (configured != nullptr && configured[0] != '\0') {
-    CopyText(out, size, configured);
+    std::snprintf(out, size, "%s", configured);
     return true;
   }
 #if defined(__APPLE__)

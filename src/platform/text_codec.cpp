@@ -2,6 +2,7 @@
 
 #include <iconv.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <vector>
@@ -106,7 +107,14 @@ bool DecodeUTF8(const char* text, std::u16string* units) {
     units->clear();
     return false;
   }
-  return DecodeToUnits(UTF8ToUTF16(), text, std::strlen(text), units);
+  const size_t length = std::strlen(text);
+  // ASCII, what most texts are, is its own UTF-16; the converter (a module
+  // the C library loads) is opened only for the rest.
+  if (std::all_of(text, text + length, [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
+    units->assign(text, text + length);
+    return true;
+  }
+  return DecodeToUnits(UTF8ToUTF16(), text, length, units);
 }
 
 bool IsValidUTF8(const char* text) {
@@ -117,6 +125,12 @@ bool IsValidUTF8(const char* text) {
 bool EncodeUnitShiftJISX0213(char16_t unit, char* out, size_t size) {
   if (size == 0) return false;
   std::memset(out, 0, size);
+  // ASCII stands for itself in this encoding, so its converter (two modules
+  // the C library loads) is opened only for the rest.
+  if (unit < 0x80 && size > 1) {
+    out[0] = static_cast<char>(unit);
+    return true;
+  }
   const Descriptor& d = UTF16ToShiftJIS();
   if (!d.usable() || IsSurrogate(unit)) return false;
   char in[2] = {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};

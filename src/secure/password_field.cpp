@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "frame/fixed_text.h"
+#include "base/fixed_text.h"
 #include "platform/crypto.h"
 #include "secure/base64.h"
 #include "secure/key_material.h"

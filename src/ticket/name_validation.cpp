@@ -3,9 +3,9 @@
 #include <cstring>
 #include <string>
 
-#include "frame/fixed_text.h"
-#include "frame/job_state.h"
-#include "frame/ppd_queries.h"
+#include "base/fixed_text.h"
+#include "base/job_state.h"
+#include "base/ppd_queries.h"
 #include "platform/job_ticket.h"
 #include "platform/text_codec.h"
 #include "ticket/text_encoding.h"

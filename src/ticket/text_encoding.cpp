@@ -3,8 +3,8 @@
 #include <cstring>
 #include <string>
 
-#include "frame/fixed_text.h"
-#include "frame/ppd_queries.h"
+#include "base/fixed_text.h"
+#include "base/ppd_queries.h"
 #include "platform/text_codec.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "frame/fixed_text.h"
+#include "base/fixed_text.h"
 #include "platform/job_ppd.h"
 #include "platform/job_ticket.h"
 #include "ticket/text_encoding.h"

@@ -51,13 +51,6 @@ INSERTION_OPTIONS = [
     ("KRTonerSaver", "Mode2"),
 ]
 
-# The sealed form of a password of up to 15 bytes: base64 of a 368-byte blob.
-SEALED = re.compile(rb"[A-Za-z0-9+/]{491}=")
-
-
-def pjl(text):
-    return text.encode()
-
 
 class LiveQueueTest(unittest.TestCase):
     root = None
@@ -88,7 +81,7 @@ class LiveQueueTest(unittest.TestCase):
             elif value == "<account password>":
                 value = stored_password(ARGS.source, cls.key_dir, ACCOUNT_PASSWORD)
             ticket.append((name, value))
-        job = os.path.join(os.path.dirname(os.path.abspath(__file__)), "two-page-job.ps")
+        job = os.path.join(ARGS.source, "tests", "fixtures", "ps", "two-page-job.ps")
         cls.production_job = cls.cups.submit("zpjl-production", job, USER, TITLE, ticket)
         cls.production_end = cls.cups.wait_for_job(cls.production_job)
         cls.insertion_job = cls.cups.submit("zpjl-insertion", job, USER, TITLE, INSERTION_OPTIONS)
@@ -129,44 +122,16 @@ class LiveQueueTest(unittest.TestCase):
     # ---- The production printer --------------------------------------------------------
 
     def test_production_header(self):
-        host = socket.gethostname()[:32].encode()
-        expected = [
-            UEL + pjl("@PJL SET STRINGCODESET=UTF8\n"),
-            pjl("@PJL JOB MODE=PRINTER\r\n"),
-            # print type: secure print
-            pjl("@PJL SET HOLD=STORE\n"),
-            pjl("@PJL SET HOLDTYPE=PRIVATE\n"),
-            pjl('@PJL SET USERNAME="alice"\r\n'),
-            re.compile(rb'@PJL SET HOLDENCRYPTKEY="' + SEALED.pattern + rb'"\r\n'),
-            pjl('@PJL SET JOBNAME="Live job"\r\n'),
-            # accounting: the client, then the user settings
-            b'@PJL SET JOBATTR="@CNAM=' + host + b'"\n',
-            pjl('@PJL SET JOBATTR="@LUNA=alice"\n'),
-            pjl('@PJL SET JOBATTR="@NLPP=N1"\n'),
-            pjl('@PJL SET JOBATTR="@JOAU=acct-7"\r\n'),
-            re.compile(rb'@PJL SET JOBATTR="@JOEP=' + SEALED.pattern + rb'"\r\n'),
-            pjl('@PJL SET JOBATTR="@DAID=4242"\r\n'),
-            pjl('@PJL SET JOBATTR="@ACNA=Live job"\r\n'),
-            # booklet direction, render mode
-            pjl('@PJL SET JOBATTR="@DIND=PORTRAIT"\n'),
-            pjl("@PJL SET RENDERMODE=COLOR\n"),
-            # the job information block of a CommentOn printer
-            pjl("@PJL COMMENT PRINTJOBINFO VERSION=1.5.0\n"),
-            pjl("@PJL COMMENT PRINTJOBINFO BEGIN\n"),
-            pjl("@PJL COMMENT PRINTJOBINFO PDLTYPE=PDL[POSTSCRIPT]:VERSION[3]\n"),
-            pjl("@PJL COMMENT PRINTJOBINFO JOBTYPE=PRINT\n"),
-            pjl("@PJL COMMENT PRINTJOBINFO DUPLEXTYPE=DUPLEX\n"),
-            pjl("@PJL COMMENT PRINTJOBINFO COLORMODE=COLOR\n"),
-            pjl("@PJL COMMENT PRINTJOBINFO NUP=1\n"),
-            pjl("@PJL COMMENT PRINTJOBINFO STAPLE=ON\n"),
-            pjl("@PJL COMMENT PRINTJOBINFO ORIENTATION=PORTRAIT\n"),
-            pjl("@PJL COMMENT PRINTJOBINFO STAPLEEX=TOPLEFT\n"),
-            pjl("@PJL COMMENT PRINTJOBINFO MIXEDSIZETYPE=NONE\n"),
-            pjl("@PJL COMMENT PRINTJOBINFO CUD=OFF\n"),
-            pjl("@PJL COMMENT PRINTJOBINFO END\n"),
-            pjl("@PJL ENTER LANGUAGE=POSTSCRIPT\n"),
-        ]
-        match_lines(self, expected, self.production.header_lines())
+        # Line by line the header is the whole-stream tables' business; here:
+        # the ticket CUPS passed reached every module.
+        lines = self.production.header_lines()
+        self.assertTrue(lines[0].startswith(UEL + b"@PJL SET STRINGCODESET=UTF8\n"))
+        for line in (b"@PJL SET HOLD=STORE\n", b'@PJL SET JOBNAME="Live job"\r\n',
+                     b'@PJL SET JOBATTR="@JOAU=acct-7"\r\n', b"@PJL COMMENT PRINTJOBINFO STAPLE=ON\n",
+                     b"@PJL COMMENT PRINTJOBINFO DUPLEXTYPE=DUPLEX\n"):
+            with self.subTest(line):
+                self.assertIn(line, lines)
+        self.assertEqual(b"@PJL ENTER LANGUAGE=POSTSCRIPT\n", lines[-1])
 
     def test_production_passwords_are_sealed_for_the_printer(self):
         with open(os.path.join(self.key_dir, "recipient-2048.sha256"), encoding="ascii") as digest:
@@ -183,29 +148,9 @@ class LiveQueueTest(unittest.TestCase):
 
     def test_production_postscript(self):
         body = self.production.body
-        watermark = (b"pgsave restore /pgsave save store gsave\n"
-                     b"1.00 0.50 0.50 setrgbcolor\n"
-                     b"/Courier 48 selectfont\n"
-                     b"242.36 318.22 moveto\n"
-                     b"45 rotate\n"
-                     b"(CONFIDENTIAL) show\n"
-                     b"grestore\n"
-                     b"ep\n")
-        cases = [
-            ("the job's PostScript comes first", body.startswith(b"%!PS-Adobe-3.0\n"), True),
-            ("watermark prolog after %%BeginProlog",
-             body.count(b"%%BeginProlog\nuserdict/krfInfo 2 dict dup begin\n/krfpgsave 0 def\n"
-                        b"/krfbp{/krfpgsave save restore} bind def\n"), 1),
-            ("page save after each %%EndPageSetup", body.count(b"%%EndPageSetup\nkrfbp\n"), 2),
-            ("watermark before each ep", body.count(watermark), 2),
-            ("page one", body.count(b"(Page one) show\n"), 1),
-            ("page two", body.count(b"(Page two) show\n"), 1),
-            ("Ctrl-D ends the PostScript", body.endswith(b"%%EOF\n\x04"), True),
-            ("one Ctrl-D", body.count(b"\x04"), 1),
-        ]
-        for name, actual, expected in cases:
-            with self.subTest(name):
-                self.assertEqual(expected, actual, visible(body))
+        self.assertTrue(body.startswith(b"%!PS-Adobe-3.0\n"), visible(body))
+        self.assertEqual(2, body.count(b"(CONFIDENTIAL) show\n"), visible(body))
+        self.assertTrue(body.endswith(b"%%EOF\n\x04"), visible(body))
 
     def test_production_trailer(self):
         self.assertEqual(TRAILER, self.production.trailer)

@@ -1,5 +1,5 @@
 """The Debian package: cpack -G DEB builds it from the build tree; its
-dependencies, its contents, and an install and removal with dpkg into a private
+dependencies and an install and removal with dpkg into a private
 root directory (the machine's own package database is not touched).
 
     package_test.py --build BUILD_DIR --source SOURCE_DIR
@@ -9,7 +9,6 @@ import glob
 import os
 import re
 import shutil
-import subprocess
 import sys
 import unittest
 
@@ -51,18 +50,6 @@ class PackageTest(unittest.TestCase):
         debs = glob.glob(os.path.join(cls.work, "*.deb"))
         assert len(debs) == 1, debs
         cls.deb = debs[0]
-        cls.paths = cups_instance.read_install_paths(ARGS.build)
-        prefix = cls.paths["prefix"]
-        cls.expected = {
-            os.path.join(prefix, cls.paths["filter_dir"], "pstozpjl"): "-rwxr-xr-x",
-            os.path.join(prefix, cls.paths["man_dir"], "pstozpjl.8"): "-rw-r--r--",
-            os.path.join(prefix, cls.paths["bin_dir"], "zpjl-inspect"): "-rwxr-xr-x",
-            os.path.join(prefix, cls.paths["man1_dir"], "zpjl-inspect.1"): "-rw-r--r--",
-            os.path.join(prefix, cls.paths["doc_dir"], "zpjl-inspect-schema.json"): "-rw-r--r--",
-        }
-        for ppd in sorted(glob.glob(os.path.join(ARGS.source, "ppd", "*.ppd"))):
-            cls.expected[os.path.join(prefix, cls.paths["model_dir"], os.path.basename(ppd))] = \
-                "-rw-r--r--"
 
     def field(self, name):
         return cups_instance.run(["dpkg-deb", "--field", self.deb, name]).stdout.decode().strip()
@@ -77,18 +64,6 @@ class PackageTest(unittest.TestCase):
             with self.subTest(package):
                 self.assertIn(package, depends)
 
-    def test_contents(self):
-        listing = cups_instance.run(["dpkg-deb", "--contents", self.deb]).stdout.decode()
-        files = {}
-        for line in listing.splitlines():
-            mode, owner, _, _, _, path = line.split(None, 5)
-            if not mode.startswith("d"):
-                files[path[1:]] = (mode, owner)
-            else:
-                with self.subTest(directory=path):
-                    self.assertEqual(("drwxr-xr-x", "root/root"), (mode, owner))
-        self.assertEqual({path: (mode, "root/root") for path, mode in self.expected.items()}, files)
-
     def test_installs_and_removes_cleanly(self):
         root = os.path.join(self.work, "root")
         admin = os.path.join(root, "var", "lib", "dpkg")
@@ -102,11 +77,10 @@ class PackageTest(unittest.TestCase):
         status = cups_instance.run(["dpkg-query", "--admindir=" + admin, "-W",
                                     "-f=${Status}", PACKAGE]).stdout.decode()
         self.assertEqual("install ok installed", status)
-        for path, mode in self.expected.items():
-            with self.subTest(installed=path):
-                self.assertEqual(mode, subprocess.run(
-                    ["stat", "-c", "%A", root + path], stdout=subprocess.PIPE,
-                    check=True).stdout.decode().strip())
+        # The layout itself is install_test's; here the filter must be where CUPS runs it.
+        paths = cups_instance.read_install_paths(ARGS.build)
+        installed = root + os.path.join(paths["prefix"], paths["filter_dir"], "pstozpjl")
+        self.assertEqual(0o755, os.stat(installed).st_mode & 0o7777)
 
         cups_instance.run(dpkg + ["--remove", PACKAGE])
         status = cups_instance.run(["dpkg-query", "--admindir=" + admin, "-W",

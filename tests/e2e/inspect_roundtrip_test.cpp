@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "base/ppd_queries.h"
 #include "filter_runner.h"
-#include "frame/ppd_queries.h"
 #include "inspect/inspect_cli.h"
 #include "inspect/stream_inspection.h"
 #include "sealed_blob.h"
@@ -559,6 +559,13 @@ TEST(InspectCommand, SealedFieldsOpenOnlyAsFarAsAsked) {
       EXPECT_EQ(inspected.out.find(hidden), std::string::npos) << hidden << "\n" << inspected.out;
     }
   }
+  // One byte of the key digest changed: a blob sealed for another recipient.
+  std::string foreign = run.out;
+  foreign[from + 27] = foreign[from + 27] == 'A' ? 'B' : 'A';
+  EXPECT_NE(RunInspector({}, foreign).out.find("digest does not match the built-in recipient key"),
+            std::string::npos);
+  EXPECT_NE(RunInspector({"--json"}, foreign).out.find("\"digest_matches_builtin\": false"),
+            std::string::npos);
 }
 
 }  // namespace

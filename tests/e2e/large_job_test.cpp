@@ -3,6 +3,9 @@
 // lines and mixed line ends, and the output must not depend on where the
 // reads happened to end (a file reads in whole blocks, a pipe in whatever
 // pieces the writer left).
+#include <unistd.h>
+
+#include <algorithm>
 #include <random>
 #include <string>
 
@@ -84,15 +87,21 @@ class LargeJobTest : public ::testing::TestWithParam<Feed> {
  protected:
   FilterRun Run(FilterJob job, const std::string& input) {
     if (GetParam().fromFile) {
-      std::string path = ::testing::TempDir() + "large-job.ps";
+      // One file per test and process: ctest runs the cases side by side.
+      const ::testing::TestInfo* test = ::testing::UnitTest::GetInstance()->current_test_info();
+      std::string name = test->name();
+      std::replace(name.begin(), name.end(), '/', '-');
+      std::string path = ::testing::TempDir() + name + "-" + std::to_string(getpid()) + ".ps";
       FILE* file = fopen(path.c_str(), "wb");
       EXPECT_NE(file, nullptr);
       fwrite(input.data(), 1, input.size(), file);
       fclose(file);
       job.file = path;
-    } else {
-      job.input = input;
+      FilterRun run = RunFilter(job);
+      unlink(path.c_str());
+      return run;
     }
+    job.input = input;
     return RunFilter(job);
   }
 };

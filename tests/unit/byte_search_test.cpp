@@ -1,4 +1,4 @@
-#include "frame/byte_search.h"
+#include "base/byte_search.h"
 
 #include <gtest/gtest.h>
 

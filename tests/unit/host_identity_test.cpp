@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "frame/job_state.h"
+#include "base/job_state.h"
 
 namespace {
 

@@ -5,6 +5,7 @@
 
 #include <random>
 #include <string>
+#include <vector>
 
 #include "inspect/report_output.h"
 #include "inspect/stream_inspection.h"
@@ -26,13 +27,6 @@ std::string Stream(const std::string& lines, const std::string& ps = kPostScript
   return kUEL + kEncoding + kJobMode + lines + kEnter + ps + kTrailer;
 }
 
-bool HasFinding(const StreamReport& report, Severity severity, const std::string& part) {
-  for (const Finding& finding : report.findings) {
-    if (finding.severity == severity && finding.text.find(part) != std::string::npos) return true;
-  }
-  return false;
-}
-
 std::string Findings(const StreamReport& report) {
   std::string text;
   for (const Finding& finding : report.findings) text += finding.text + "\n";
@@ -41,58 +35,132 @@ std::string Findings(const StreamReport& report) {
 
 StreamReport Inspect(const std::string& bytes) { return InspectStream(bytes, {}); }
 
-TEST(InspectStream, EnvelopeChecks) {
+// Crafted streams and what the text report (findings included) and the
+// JSON document must say about them.
+TEST(InspectStream, ReportsSayWhatIsThere) {
   const std::string good = Stream(Attr("CNAM", "host"));
+  const std::string toner = "@PJL SET ECONOMODE=OFF\n@PJL SET REDUCTIONRATE=0\n";
+  const std::string info = "@PJL COMMENT PRINTJOBINFO ";
+  const std::string insertionBody = "%%EOF%!PS\nep\n\n";
+  const std::string legacy = kUEL + kJobMode +
+                             Attr("ACNA", "\x82\xa0\xe0\x40", "\r\n") +
+                             Attr("LUNA", "a\x1b" "b\xff") + kEnter + kPostScript + kTrailer;
   const struct {
     const char* name;
     std::string bytes;
     bool malformed;
-    const char* finding;
+    std::vector<std::string> says;  // "json:" first: in the JSON document
   } kCases[] = {
-      {"well-formed", good, false, ""},
+      {"well-formed", good, false, {"well-formed", "Findings\n  none"}},
       {"legacy printer, no encoding line", kUEL + kJobMode + kEnter + kPostScript + kTrailer, false,
-       ""},
-      {"empty", "", true, "the stream is empty"},
-      {"plain PostScript", "%!PS\nshowpage\n", true, "no universal exit language"},
+       {"json:\"encoding_line\": null"}},
+      {"empty", "", true, {"the stream is empty"}},
+      {"plain PostScript", "%!PS\nshowpage\n", true, {"no universal exit language"}},
       {"message before the header", "ERROR[150]: RSA Encrypt failed[99].\n" + good, true,
-       "36 bytes before the universal exit language: ERROR[150]"},
-      {"no job mode", kUEL + kEncoding + kEnter + kPostScript + kTrailer, true, "no job mode line"},
+       {"36 bytes before the universal exit language: ERROR[150]"}},
+      {"no job mode", kUEL + kEncoding + kEnter + kPostScript + kTrailer, true, {"no job mode line"}},
       {"job mode ends in LF",
        kUEL + kEncoding + "@PJL JOB MODE=PRINTER\n" + kEnter + kPostScript + kTrailer, true,
-       "the job mode line is"},
+       {"the job mode line is"}},
       {"job mode after a module line",
        kUEL + kEncoding + Attr("CNAM", "h") + kJobMode + kEnter + kPostScript + kTrailer, true,
-       "the job mode line comes after other lines"},
+       {"the job mode line comes after other lines"}},
       {"line break after the UEL", kUEL + "\n" + kJobMode + kEnter + kPostScript + kTrailer, true,
-       "no PJL line directly after"},
+       {"no PJL line directly after"}},
       {"no language switch", kUEL + kEncoding + kJobMode + Attr("CNAM", "h") + kTrailer, true,
-       "no language switch"},
-      {"no trailer", good.substr(0, good.size() - kTrailer.size()), true, "no trailer"},
-      {"trailer cut short", good.substr(0, good.size() - 3), true, "the trailer is cut short"},
-      {"trailer without its line end", good.substr(0, good.size() - 1), true, "cut short"},
-      {"bytes after the trailer", good + "junk", true, "4 bytes after the trailer: junk"},
+       {"no language switch"}},
+      {"no trailer", good.substr(0, good.size() - kTrailer.size()), true, {"no trailer"}},
+      {"trailer cut short", good.substr(0, good.size() - 3), true, {"the trailer is cut short"}},
+      {"bytes after the trailer", good + "junk", true, {"4 bytes after the trailer: junk"}},
       {"stream ends in the header", kUEL + kEncoding + kJobMode + "@PJL SET JOBATTR=\"@CN", true,
-       "the stream ends inside the header"},
+       {"the stream ends inside the header, in line 3"}},
       {"language switch with CR LF",
        kUEL + kJobMode + "@PJL ENTER LANGUAGE=POSTSCRIPT\r\n" + kPostScript + kTrailer, true,
-       "the language switch ends in CR LF"},
+       {"the language switch ends in CR LF"}},
       {"UEL inside the job", Stream("", "%!PS\n" + kUEL + "\nep\n\x04"), false,
-       "a universal exit language inside the job"},
-      {"cancelled job", Stream("", "%!PS\nbp\n"), false, "does not end with the end-of-job byte"},
-      {"unreadable input", Stream("", ""), false, "no PostScript at all"},
+       {"a universal exit language inside the job"}},
+      {"cancelled job", Stream("", "%!PS\nbp\n"), false, {"does not end with the end-of-job byte"}},
+      {"unreadable input", Stream("", ""), false, {"no PostScript at all"}},
       {"a fragment elsewhere", Stream("", "%!PS\nbp\nkrfbp\nep\n\x04"), false,
-       "PostScript line 3: watermark page setup where the filter does not insert it"},
+       {"PostScript line 3: watermark page setup where the filter does not insert it"}},
+      // Header lines in order, grouped, with their meaning.
+      {"header lines",
+       Stream("@PJL SET HOLD=STORE\n@PJL SET USERNAME=\"bob\"\r\n" + Attr("CNAM", "host") +
+              Attr("PBRE", "LEFT") + "@PJL SET RENDERMODE=COLOR\n"),
+       false,
+       {"  print type\n    HOLD            hold the job                      STORE (secure print: "
+        "held until released with the password)\n    USERNAME        user of the held job       "
+        "       \"bob\"  CR LF\n  accounting\n",
+        "  perfect binding\n", "  device settings\n    RENDERMODE", "job mode                  line 2:",
+        "json:\"line\": 4"}},
+      {"a line not in the filter's form", Stream(Attr("JOAU", "bob")), false,
+       {"line 3", "not in the form the filter writes @JOAU in"}},
+      {"a line end the filter does not write", Stream(Attr("CNAM", "host", "\r\n")), false,
+       {"ends in CR LF; the filter ends @CNAM in LF"}},
+      {"an unknown line", Stream(Attr("QQQQ", "1")), false, {"not a line this filter writes"}},
+      {"a password that is not sealed", Stream("@PJL SET HOLDENCRYPTKEY=\"pw\"\r\n"), false,
+       {"not sealed: 2 characters that are not base64"}},
+      {"base64 that is not a blob",
+       Stream("@PJL SET HOLDENCRYPTKEY=\"3YbDtlJWKPh+/9c9e5YYPA==\"\r\n"), false,
+       {"not a sealed blob: 24 characters"}},
+      {"groups out of order", Stream(Attr("CNAM", "h") + "@PJL SET HOLD=STORE\n"), false,
+       {"a print type line after the accounting lines"}},
+      {"information block", Stream(info + "VERSION=1.3.0\n" + info + "BEGIN\n" + info + "END\n"),
+       false, {"job information, version 1.3.0", "Findings\n  none"}},
+      {"information block without version", Stream(info + "BEGIN\n" + info + "END\n"), false,
+       {"does not start with its version line"}},
+      {"information block without end", Stream(info + "VERSION=1.5.0\n" + info + "BEGIN\n"), false,
+       {"has no END line"}},
+      // In the insertion mode the derived PJL follows the header; where the
+      // header ends is read from the lines themselves.
+      {"insertion, header only", Stream(Attr("CNAM", "h") + toner, insertionBody), false,
+       {"mode                      insertion", "json:\"insertion_pjl\": []"}},
+      {"insertion, defaults after the header",
+       Stream(Attr("CNAM", "h") + Attr("GRGU", "OFF") + "@PJL SET ECONOMODE=OFF\n", insertionBody),
+       false, {"PJL from PPD feature code (insertion mode): 2 lines"}},
+      {"insertion, toner saver then the same line derived",
+       Stream(Attr("CNAM", "h") + toner + "@PJL SET ECONOMODE=OFF\n", insertionBody), false,
+       {"Header: 5 lines", "PJL from PPD feature code (insertion mode): 1 line"}},
+      {"insertion, a device setting ends the header",
+       Stream(Attr("EFCV", "NONE") + "@PJL SET RENDERMODE=COLOR\n@PJL SET ECONOMODE=MODE1\n",
+              insertionBody),
+       false, {"Header: 4 lines", "PJL from PPD feature code (insertion mode): 1 line"}},
+      {"insertion, after the job information",
+       Stream(info + "VERSION=1.5.0\n" + info + "BEGIN\n" + info + "END\n" +
+                  "@PJL SET RESOLUTION=600\n@PJL SET BITSPERPIXEL=1\n",
+              insertionBody),
+       false, {"PJL from PPD feature code (insertion mode): 2 lines"}},
+      {"envelope lines among the derived PJL",
+       kUEL + kJobMode + Attr("CNAM", "h") + Attr("TRAP", "ON") + kEncoding + kJobMode + kEnter +
+           insertionBody + kTrailer,
+       false, {"job mode                  line 1:", "json:\"encoding_line\": null"}},
+      {"debug copy of an insertion-mode job",
+       kUEL + kEncoding + kJobMode + Attr("CNAM", "h") + "%!PS\n%%BeginSetup\n" +
+           Attr("TRAP", "ON") + "%%BeginFeature: *KRSetTrapMode True\n%%EndSetup\n"
+           "bp\nep\nbp\nep\n\n\x04" + kEnter + "xy" + kTrailer,
+       false,
+       {"the debug copy of a job in the PPD-feature insertion mode", "*KRSetTrapMode True",
+        "line 6", "2 bytes between the language switch and the trailer", "2 pages"}},
+      // A Shift-JIS printer's values show as UTF-8 (lead bytes 82 and E0);
+      // bytes that are no text are escaped, control bytes made visible.
+      {"Shift-JIS values", legacy, false,
+       {"document name" + std::string(21, ' ') + "\xe3\x81\x82\xe6\xbc\xbe  CR LF\n",
+        "a<ESC>b\\xFF\n"}},
+      {"UTF-8 values", Stream(Attr("ACNA", "\xe0\xa4\x85\xdf\xbf", "\r\n")), false,
+       {"document name" + std::string(21, ' ') + "\xe0\xa4\x85\xdf\xbf  CR LF\n"}},
   };
   for (const auto& c : kCases) {
+    SCOPED_TRACE(c.name);
     const StreamReport report = Inspect(c.bytes);
-    EXPECT_EQ(report.Malformed(), c.malformed) << c.name << "\n" << Findings(report);
-    if (c.finding[0] != '\0') {
-      EXPECT_TRUE(
-          HasFinding(report, c.malformed ? Severity::kMalformed : Severity::kNote, c.finding))
-          << c.name << "\n"
-          << Findings(report);
-    } else {
-      EXPECT_TRUE(report.findings.empty()) << c.name << "\n" << Findings(report);
+    EXPECT_EQ(report.Malformed(), c.malformed) << Findings(report);
+    const std::string text = RenderText(report, {"-", false, false});
+    const std::string json = RenderJson(report, {"-", false, false});
+    for (const std::string& says : c.says) {
+      if (says.rfind("json:", 0) == 0) {
+        EXPECT_NE(json.find(says.substr(5)), std::string::npos) << says << "\n" << json;
+      } else {
+        EXPECT_NE(text.find(says), std::string::npos) << says << "\n" << text;
+      }
     }
   }
 }
@@ -131,172 +199,6 @@ TEST(InspectStream, CutAndDamagedStreamsNeverPassAndNeverCrash) {
   }
 }
 
-TEST(InspectStream, HeaderLinesInOrderWithTheirMeaning) {
-  const std::string header =
-      "@PJL SET HOLD=STORE\n"
-      "@PJL SET USERNAME=\"bob\"\r\n" +
-      Attr("CNAM", "host") + Attr("JOAU", "bob", "\r\n") + Attr("PBRE", "LEFT") +
-      "@PJL SET RENDERMODE=COLOR\n";
-  const StreamReport report = Inspect(Stream(header));
-  ASSERT_FALSE(report.Malformed()) << Findings(report);
-  EXPECT_TRUE(report.utf8);
-  EXPECT_EQ(report.mode, StreamMode::kPassThrough);
-  const struct {
-    const char* name;
-    LineGroup group;
-    const char* value;
-    const char* ending;
-    size_t lineNumber;
-  } kExpected[] = {
-      {"STRINGCODESET", LineGroup::kEnvelope, "UTF8", "LF", 1},
-      {"JOB MODE", LineGroup::kEnvelope, "PRINTER", "CR LF", 2},
-      {"HOLD", LineGroup::kPrintType, "STORE", "LF", 3},
-      {"USERNAME", LineGroup::kPrintType, "bob", "CR LF", 4},
-      {"@CNAM", LineGroup::kAccounting, "host", "LF", 5},
-      {"@JOAU", LineGroup::kAccounting, "bob", "CR LF", 6},
-      {"@PBRE", LineGroup::kPerfectBinding, "LEFT", "LF", 7},
-      {"RENDERMODE", LineGroup::kDeviceSettings, "COLOR", "LF", 8},
-      {"ENTER LANGUAGE", LineGroup::kEnvelope, "POSTSCRIPT", "LF", 9},
-  };
-  ASSERT_EQ(report.header.size(), sizeof kExpected / sizeof kExpected[0]);
-  for (size_t i = 0; i < report.header.size(); ++i) {
-    const HeaderLine& line = report.header[i];
-    EXPECT_EQ(line.parsed.name, kExpected[i].name);
-    EXPECT_EQ(line.meaning.group, kExpected[i].group) << line.parsed.name;
-    EXPECT_EQ(line.parsed.value, kExpected[i].value) << line.parsed.name;
-    EXPECT_EQ(line.ending, kExpected[i].ending) << line.parsed.name;
-    EXPECT_EQ(line.lineNumber, kExpected[i].lineNumber) << line.parsed.name;
-    EXPECT_TRUE(line.problems.empty()) << line.parsed.name;
-  }
-  EXPECT_EQ(report.header[2].valueWords, "secure print: held until released with the password");
-}
-
-TEST(InspectStream, LinesThatDoNotFitAreNoted) {
-  const struct {
-    std::string line;
-    const char* problem;
-  } kCases[] = {
-      {Attr("JOAU", "bob"), "not in the form the filter writes @JOAU in"},
-      {Attr("CNAM", "host", "\r\n"), "ends in CR LF; the filter ends @CNAM in LF"},
-      {Attr("PBRE", "LEFT", "\r\n"), "ends in CR LF; the filter ends @PBRE in LF"},
-      {Attr("QQQQ", "1"), "not a line this filter writes"},
-      {"@PJL SET HOLDENCRYPTKEY=\"pw\"\r\n",
-       "not sealed: 2 characters that are not base64 (a password the filter could not open"},
-      {"@PJL SET HOLDENCRYPTKEY=\"3YbDtlJWKPh+/9c9e5YYPA==\"\r\n",
-       "not a sealed blob: 24 characters"},
-  };
-  for (const auto& c : kCases) {
-    const StreamReport report = Inspect(Stream(c.line));
-    EXPECT_FALSE(report.Malformed()) << c.line;
-    ASSERT_EQ(report.header.size(), 4u) << c.line;
-    const HeaderLine& line = report.header[2];
-    ASSERT_EQ(line.problems.size(), 1u) << c.line;
-    EXPECT_EQ(line.problems[0].rfind(c.problem, 0), 0u) << line.problems[0];
-    EXPECT_TRUE(HasFinding(report, Severity::kNote, "line 3")) << Findings(report);
-  }
-}
-
-TEST(InspectStream, GroupsOutOfOrderAndBrokenInformationBlocksAreNoted) {
-  const struct {
-    std::string lines;
-    const char* finding;
-    const char* version;
-  } kCases[] = {
-      {Attr("CNAM", "h") + "@PJL SET HOLD=STORE\n", "a print type line after the accounting lines",
-       ""},
-      {"@PJL COMMENT PRINTJOBINFO VERSION=1.3.0\n@PJL COMMENT PRINTJOBINFO BEGIN\n"
-       "@PJL COMMENT PRINTJOBINFO END\n",
-       "", "1.3.0"},
-      {"@PJL COMMENT PRINTJOBINFO BEGIN\n@PJL COMMENT PRINTJOBINFO END\n",
-       "does not start with its version line", ""},
-      {"@PJL COMMENT PRINTJOBINFO VERSION=1.5.0\n@PJL COMMENT PRINTJOBINFO BEGIN\n",
-       "has no END line", "1.5.0"},
-  };
-  for (const auto& c : kCases) {
-    const StreamReport report = Inspect(Stream(c.lines));
-    EXPECT_FALSE(report.Malformed());
-    EXPECT_EQ(report.jobInformationVersion, c.version);
-    if (c.finding[0] != '\0') {
-      EXPECT_TRUE(HasFinding(report, Severity::kNote, c.finding)) << Findings(report);
-    } else {
-      EXPECT_TRUE(report.findings.empty()) << Findings(report);
-    }
-  }
-}
-
-// In the insertion mode the PJL derived from feature code follows the
-// header; where the header ends is read from the lines themselves.
-TEST(InspectStream, InsertionModePJLIsToldFromTheHeader) {
-  const std::string toner = "@PJL SET ECONOMODE=OFF\n@PJL SET REDUCTIONRATE=0\n";
-  const struct {
-    const char* name;
-    std::string lines;
-    size_t header;     // module lines in the header
-    size_t insertion;  // lines of the insertion mode
-  } kCases[] = {
-      {"header only", Attr("CNAM", "h") + toner, 3, 0},
-      {"defaults after the header",
-       Attr("CNAM", "h") + Attr("GRGU", "OFF") + "@PJL SET ECONOMODE=OFF\n", 1, 2},
-      {"toner saver, then the same line derived",
-       Attr("CNAM", "h") + toner + "@PJL SET ECONOMODE=OFF\n", 3, 1},
-      {"derived line after special pages", Attr("EFCV", "NONE") + "@PJL SET ECONOMODE=MODE1\n", 1,
-       1},
-      {"after the job information",
-       "@PJL COMMENT PRINTJOBINFO VERSION=1.5.0\n@PJL COMMENT PRINTJOBINFO BEGIN\n"
-       "@PJL COMMENT PRINTJOBINFO END\n@PJL SET RESOLUTION=600\n@PJL SET BITSPERPIXEL=1\n",
-       3, 2},
-  };
-  for (const auto& c : kCases) {
-    const StreamReport report = Inspect(Stream(c.lines, "%%EOF%!PS\nep\n\n"));
-    // Envelope lines: encoding, job mode, language switch.
-    EXPECT_EQ(report.header.size(), c.header + 3) << c.name;
-    EXPECT_EQ(report.insertion.size(), c.insertion) << c.name;
-    for (const HeaderLine& line : report.insertion) {
-      EXPECT_EQ(line.meaning.group, LineGroup::kInsertion) << c.name << ": " << line.bytes;
-      EXPECT_FALSE(line.meaning.source.empty()) << c.name;
-    }
-    // The held-back "%%EOF" before the first line tells the mode even without derived PJL.
-    EXPECT_EQ(report.mode, StreamMode::kInsertion) << c.name;
-    EXPECT_FALSE(report.Malformed()) << c.name << Findings(report);
-  }
-}
-
-// Envelope lines after the header's end belong to the insertion part; the
-// envelope refers only to lines that stay in the header.
-TEST(InspectStream, EnvelopeLinesAmongTheInsertionPJL) {
-  const std::string stream = kUEL + kJobMode + Attr("CNAM", "h") + Attr("TRAP", "ON") + kEncoding +
-                             kJobMode + kEnter + "%%EOF%!PS\nep\n" + kTrailer;
-  const StreamReport report = Inspect(stream);
-  EXPECT_EQ(report.insertion.size(), 3u);
-  EXPECT_FALSE(report.encodingLine);
-  ASSERT_TRUE(report.HeaderAt(report.jobModeLine));
-  EXPECT_EQ(report.HeaderAt(report.jobModeLine)->lineNumber, 1u);
-  EXPECT_NE(RenderText(report, {}).find("job mode                  line 1:"), std::string::npos);
-  EXPECT_NE(RenderJson(report, {}).find("\"encoding_line\": null"), std::string::npos);
-}
-
-// The debug copy of an insertion-mode job mirrors the spooled PostScript,
-// with the derived PJL among its lines, before the language switch.
-TEST(InspectStream, DebugCopyOfAnInsertionModeJob) {
-  const std::string copy = kUEL + kEncoding + kJobMode + Attr("CNAM", "h") +
-                           "%!PS\n%%BeginSetup\n" + Attr("TRAP", "ON") +
-                           "%%BeginFeature: *KRSetTrapMode True\n%%EndSetup\n"
-                           "bp\nep\nbp\nep\n\n\x04" +
-                           kEnter + kTrailer;
-  const StreamReport report = Inspect(copy);
-  EXPECT_FALSE(report.Malformed()) << Findings(report);
-  EXPECT_TRUE(report.debugCopyForm);
-  EXPECT_EQ(report.mode, StreamMode::kInsertion);
-  ASSERT_EQ(report.insertion.size(), 1u);
-  EXPECT_EQ(report.insertion[0].meaning.source, "*KRSetTrapMode True");
-  EXPECT_EQ(report.insertion[0].lineNumber, 6u);
-  ASSERT_TRUE(report.postscript);
-  EXPECT_EQ(report.postscript->pages, 2);
-  EXPECT_TRUE(report.postscript->endOfJobByte);
-  EXPECT_TRUE(HasFinding(report, Severity::kNote,
-                         "the debug copy of a job in the PPD-feature insertion mode"));
-}
-
 // Wherever a stream is cut, no part of a sealed field's text is shown.
 TEST(InspectStream, ACutSealedFieldIsNeverShown) {
   std::string field;
@@ -310,23 +212,6 @@ TEST(InspectStream, ACutSealedFieldIsNeverShown) {
       EXPECT_EQ(shown.find("Zm9vZm9v"), std::string::npos) << cut << "\n" << shown;
     }
   }
-}
-
-// A Shift-JIS printer's values show as UTF-8; bytes that are no text are
-// escaped, and control bytes made visible.
-TEST(InspectStream, ValuesShowInTheStreamsEncoding) {
-  const std::string legacy = kUEL + kJobMode + Attr("ACNA", "\x82\xa0\x82\xa2", "\r\n") +
-                             Attr("LUNA",
-                                  "a\x1b"
-                                  "b\xff") +
-                             kEnter + kPostScript + kTrailer;
-  const StreamReport report = Inspect(legacy);
-  EXPECT_FALSE(report.utf8);
-  const std::string text = RenderText(report, {"-", false, false});
-  EXPECT_NE(text.find("document name" + std::string(21, ' ') + "\xe3\x81\x82\xe3\x81\x84  CR LF\n"),
-            std::string::npos)
-      << text;
-  EXPECT_NE(text.find("a<ESC>b\\xFF\n"), std::string::npos) << text;
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "frame/line_scanner.h"
+#include "job/line_scanner.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "frame/ps_stream.h"
+#include "job/ps_stream.h"
 
 #include <gtest/gtest.h>
 

@@ -3,11 +3,11 @@
 #include <cstddef>
 #include <initializer_list>
 
+#include "base/job_state.h"
+#include "base/ppd_queries.h"
 #include "engine/condition.h"
-#include "engine/job_header.h"
-#include "frame/job_state.h"
-#include "frame/ppd_queries.h"
-#include "ticket/ticket_rows.h"
+#include "engine/row_writer.h"
+#include "engine/ticket_rows.h"
 
 JBAOption zpjlOptionJBA;
 

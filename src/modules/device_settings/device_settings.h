@@ -1,6 +1,7 @@
 // Image-quality and device-settings lines of the job header (toner saving,
-// line weight, render mode), the printer's colour questions, and the table
-// that turns a PPD feature keyword and its chosen value into one PJL line.
+// line weight, render mode) and the table that turns a PPD feature keyword
+// and its chosen value into one PJL line. The printer's colour questions are
+// in base/printer_color.h, since the job comments ask them too.
 //
 // The header lines read the settings that the job-comments module filled
 // (psoptioncomment); this module has no ticket bindings of its own.
@@ -10,26 +11,7 @@
 
 #include <cups/ppd.h>
 
-// Values of the PPD attribute "ColorDevice" and default choices of "KRColorMode".
-extern const char* const DeviceColorModeMono;      // "False"
-extern const char* const DeviceColorModeColor;     // "True"
-extern const char* const DefaultKZColorModeBlack;  // "Black"
-extern const char* const DefaultKZColorModeColor;  // "Color"
-
-// 1 when the PPD attribute "ColorDevice" is "True", else 0 (also without a PPD).
-int IsColorDeivce();
-
-// 1 when the PPD's default choice of "KRColorMode" is "Color", else 0.
-int getDefaultColorMode();
-
-// True when the job's PPD defines the option "KRColorMode" (false without a PPD).
-bool PPDHasColorModeOption();
-
-// How the job is rendered, from the ticket's colour mode: "Color" and "Black"
-// decide it; another value leaves it to the printer when the PPD offers the
-// option (else grey); no value follows the device and its default mode.
-enum class RenderColor { kColor, kGrayscale, kNone };
-RenderColor DecideRenderColor(const char* colorMode);
+#include "base/printer_color.h"
 
 // ECONOMODE and REDUCTIONRATE lines from the toner-saver settings.
 void OutputZPJLCommandForTonerSaver();

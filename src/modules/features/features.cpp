@@ -3,11 +3,11 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "engine/job_header.h"
-#include "frame/fixed_text.h"
-#include "frame/job_state.h"
-#include "frame/output_channel.h"
-#include "frame/ppd_queries.h"
+#include "base/fixed_text.h"
+#include "base/job_state.h"
+#include "base/output_channel.h"
+#include "base/ppd_queries.h"
+#include "engine/row_writer.h"
 #include "modules/job_comments/job_comments.h"
 
 FeaturesOptionRecord zpjlOptionFeatures;

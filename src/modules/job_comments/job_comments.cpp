@@ -5,9 +5,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "frame/fixed_text.h"
-#include "frame/output_channel.h"
-#include "modules/device_settings/device_settings.h"
+#include "base/fixed_text.h"
+#include "base/output_channel.h"
+#include "base/printer_color.h"
 
 CommentOptionRecord psoptioncomment;
 

@@ -7,10 +7,10 @@
 
 #include <cups/ppd.h>
 
-#include "frame/fixed_text.h"
-#include "frame/output_channel.h"
+#include "base/fixed_text.h"
+#include "base/output_channel.h"
+#include "engine/ticket_rows.h"
 #include "platform/job_ppd.h"
-#include "ticket/ticket_rows.h"
 
 PBindOption psoptionpbind;
 

@@ -3,12 +3,12 @@
 #include <array>
 #include <cstddef>
 
+#include "base/job_state.h"
+#include "base/ppd_queries.h"
 #include "engine/condition.h"
-#include "engine/job_header.h"
-#include "frame/job_state.h"
-#include "frame/ppd_queries.h"
+#include "engine/row_writer.h"
+#include "engine/ticket_rows.h"
 #include "platform/job_ppd.h"
-#include "ticket/ticket_rows.h"
 
 PrintTypeOption zpjlOptionPrintType;
 

@@ -7,8 +7,8 @@
 #include <cstring>
 #include <vector>
 
-#include "frame/fixed_text.h"
-#include "frame/output_channel.h"
+#include "base/fixed_text.h"
+#include "base/output_channel.h"
 #include "platform/job_ticket.h"
 
 SpecialPageOption psOptionSpecialPage;

@@ -1,10 +1,9 @@
 #include "modules/watermark/watermark.h"
 
-#include <cmath>
 #include <cstring>
 
-#include "frame/fixed_text.h"
-#include "frame/output_channel.h"
+#include "base/fixed_text.h"
+#include "base/output_channel.h"
 
 WatermarkOptionRecord psOptionWatermark;
 
@@ -233,26 +232,217 @@ void ResetWatermarkState() { InjectTextWatermark() = EmissionFlags(); }
 
 namespace {
 
-constexpr double kPi = 3.1415926;
-
 // One row of the angle ranges. The text box's half extents, turned by what
-// is left of the angle after the row's phase, give one component along the
-// text and one across it; each quarter turn adds them to the centre with its
-// own signs, and the odd quarters exchange the two between x and y.
+// is left of the angle after the row's quarter turns (kTurns), give one
+// component along the text and one across it; each quarter turn adds them
+// to the centre with its own signs, and the odd quarters exchange the two
+// between x and y.
 struct AngleRange {
   uint32_t low;
   uint32_t high;
-  double phase;
   bool swapped;  // x takes the across component, y the along one
   int xSign;
   int ySign;
 };
 
 const AngleRange kAngleRanges[] = {
-    {0, 90, 0.0, false, -1, -1},
-    {91, 180, 1.5707963, true, +1, -1},
-    {181, 270, 3.1415926, false, +1, +1},
-    {271, 360, 4.7123889, true, -1, +1},
+    {0, 90, false, -1, -1},
+    {91, 180, true, +1, -1},
+    {181, 270, false, +1, +1},
+    {271, 360, true, -1, +1},
+};
+
+// cos and sin of what is left of each whole angle after its row's quarter
+// turns: phi = angle * 3.1415926 / 180 less 0, 1.5707963, 3.1415926 or
+// 4.7123889, as the C library computes them (bit for bit, so the output
+// stays the same). Looking them up keeps the library's large tables, a
+// quarter megabyte, out of every job's memory.
+struct Turn {
+  double cosine;
+  double sine;
+};
+const Turn kTurns[361] = {
+    {0x1p+0, 0x0p+0}, {0x1.ffec097f6665bp-1, 0x1.1df0b266cac0bp-6},
+    {0x1.ffb0278c1e08ep-1, 0x1.1de58c4db4439p-5}, {0x1.ff4c5ed1952cbp-1, 0x1.acbc7414663f1p-5},
+    {0x1.fec0b717c6accp-1, 0x1.1db8f68501d91p-4}, {0x1.fe0d3b429ea78p-1, 0x1.64fd6b263fe4ap-4},
+    {0x1.fd31f95121178p-1, 0x1.ac260939b03a8p-4}, {0x1.fc2f025c526b9p-1, 0x1.f32d4436d0816p-4},
+    {0x1.fb046a95e2353p-1, 0x1.1d06c917cf827p-3}, {0x1.f9b2494698066p-1, 0x1.4060b61f96598p-3},
+    {0x1.f838b8cc829f6p-1, 0x1.63a1a77bf9402p-3}, {0x1.f697d698e98ffp-1, 0x1.86c6dd68f0cc4p-3},
+    {0x1.f4cfc32e01752p-1, 0x1.a9cd9a4c12e4bp-3}, {0x1.f2e0a21c63025p-1, 0x1.ccb322eb48c8bp-3},
+    {0x1.f0ca9a004506dp-1, 0x1.ef74bea355aa2p-3}, {0x1.ee8dd47e79a86p-1, 0x1.0907dbcf14ca2p-2},
+    {0x1.ec2a7e412f0e3p-1, 0x1.1a40ad847e346p-2}, {0x1.e9a0c6f473bdbp-1, 0x1.2b637ca5165a5p-2},
+    {0x1.e6f0e1427eedep-1, 0x1.3c6ef31b6f17bp-2}, {0x1.e41b02cfbd1cap-1, 0x1.4d61bca429d8ep-2},
+    {0x1.e11f6436a1336p-1, 0x1.5e3a86e8803e6p-2}, {0x1.ddfe41033a8fbp-1, 0x1.6ef80198a6578p-2},
+    {0x1.dab7d7ae9047fp-1, 0x1.7f98de8604634p-2}, {0x1.d74c6999c207dp-1, 0x1.901bd1bd460fp-2},
+    {0x1.d3bc3b08eee6fp-1, 0x1.a07f91a03d281p-2}, {0x1.d007931de29ecp-1, 0x1.b0c2d6ff95bc6p-2},
+    {0x1.cc2ebbd2898a4p-1, 0x1.c0e45d3459aa2p-2}, {0x1.c83201f32bddep-1, 0x1.d0e2e239419f4p-2},
+    {0x1.c411b518708bcp-1, 0x1.e0bd26c3d1909p-2}, {0x1.bfce27a1284a1p-1, 0x1.f071ee5d3eb2dp-2},
+    {0x1.bb67aeabe139ap-1, 0x1.ffffff7b1d053p-2}, {0x1.b6dea21043aa9p-1, 0x1.07b311cbe93ffp-1},
+    {0x1.b2335c5838865p-1, 0x1.0f5193a566ff1p-1}, {0x1.ad663ab8d9e46p-1, 0x1.16daed3040018p-1},
+    {0x1.a8779d0b2e5a5p-1, 0x1.1e4e87f909bb4p-1}, {0x1.a367e5c4af954p-1, 0x1.25abcf3e72427p-1},
+    {0x1.9e3779ef9cd34p-1, 0x1.2cf22ffcd9e4dp-1}, {0x1.98e6c12319d68p-1, 0x1.342118f9c9fbdp-1},
+    {0x1.9376257b1aee2p-1, 0x1.3b37facf481aep-1}, {0x1.8de613901eb6fp-1, 0x1.423647f704b46p-1},
+    {0x1.8836fa6eb638cp-1, 0x1.491b74d564589p-1}, {0x1.82694b8edc0a3p-1, 0x1.4fe6f7c462aefp-1},
+    {0x1.7c7d7acb1b264p-1, 0x1.5698491e4e54p-1}, {0x1.7673fe5786266p-1, 0x1.5d2ee3485cc1fp-1},
+    {0x1.704d4eb87f935p-1, 0x1.63aa42bd15743p-1}, {0x1.6a09e6b95405cp-1, 0x1.6a09e6169373cp-1},
+    {0x1.63aa4362a6d37p-1, 0x1.704d4e189c7f5p-1}, {0x1.5d2ee3f0b205p-1, 0x1.7673fdba8d087p-1},
+    {0x1.569849c95a5a9p-1, 0x1.7c7d7a31183bep-1}, {0x1.4fe6f87218227p-1, 0x1.82694af7db55ep-1},
+    {0x1.491b7585b5ad4p-1, 0x1.8836f9dac381p-1}, {0x1.423648a9e42a7p-1, 0x1.8de612ff45854p-1},
+    {0x1.3b37fb84a7bf7p-1, 0x1.937624ed668e1p-1}, {0x1.342119b19baa4p-1, 0x1.98e6c0989554ep-1},
+    {0x1.2cf230b70f477p-1, 0x1.9e37796852fd4p-1}, {0x1.25abcffafcd4p-1, 0x1.a367e540aaf7bp-1},
+    {0x1.1e4e88b7dac7fp-1, 0x1.a8779c8a7940bp-1}, {0x1.16daedf148a82p-1, 0x1.ad663a3b7e57fp-1},
+    {0x1.0f51946898321p-1, 0x1.b2335bde404dap-1}, {0x1.07b3129133c6cp-1, 0x1.b6dea199b8488p-1},
+    {0x1.00000084e2facp-1, 0x1.bb67ae38cbecap-1}, {0x1.f071efefdc6f1p-2, 0x1.bfce2731920bap-1},
+    {0x1.e0bd285a44b36p-2, 0x1.c411b4ac620f7p-1}, {0x1.d0e2e3d36a771p-2, 0x1.c832018aad90dp-1},
+    {0x1.c0e45ed2183aep-2, 0x1.cc2ebb6da3925p-1}, {0x1.b0c2d8a0c9c28p-2, 0x1.d00792bc9cda4p-1},
+    {0x1.a07f9344c61acp-2, 0x1.d3bc3aab50ebcp-1}, {0x1.901bd36503238p-2, 0x1.d74c693fd322cp-1},
+    {0x1.7f98e030d48e2p-2, 0x1.dab7d758577c6p-1}, {0x1.6ef803466850ap-2, 0x1.ddfe40b0be96dp-1},
+    {0x1.5e3a889912829p-2, 0x1.e11f63e7e87bep-1}, {0x1.4d61be576aac7p-2, 0x1.e41b0284cdcap-1},
+    {0x1.3c6ef4d13c8ap-2, 0x1.e6f0e0fb5ed8p-1}, {0x1.2b637e5d4e479p-2, 0x1.e9a0c6b128707p-1},
+    {0x1.1a40af3efe485p-2, 0x1.ec2a7e01bdc9p-1}, {0x1.0907dd8bba832p-2, 0x1.ee8dd442e75dbp-1},
+    {0x1.ef74c220a70ddp-3, 0x1.f0ca99c8965bep-1}, {0x1.ccb3266c5a74fp-3, 0x1.f2e0a1e89c4ebp-1},
+    {0x1.a9cd9dd09ee54p-3, 0x1.f4cfc2fe26c26p-1}, {0x1.86c6e0f0b0e75p-3, 0x1.f697d66cfe997p-1},
+    {0x1.63a1ab06a6fc9p-3, 0x1.f838b8a48ad1ep-1}, {0x1.4060b9aceb02fp-3, 0x1.f9b24922967fbp-1},
+    {0x1.1d06cca78430fp-3, 0x1.fb046a75d9c42p-1}, {0x1.f32d4b5a6bb5ep-4, 0x1.fc2f0240458fap-1},
+    {0x1.ac261060eec26p-4, 0x1.fd31f93912009p-1}, {0x1.64fd725092f3ep-4, 0x1.fe0d3b2e8f35fp-1},
+    {0x1.1db8fdb1da643p-4, 0x1.fec0b707b870fp-1}, {0x1.acbc827203d78p-5, 0x1.ff4c5ec589673p-1},
+    {0x1.1de59aae1f927p-5, 0x1.ffb0278415aa3p-1}, {0x1.1df0cf2afecf9p-6, 0x1.ffec097b620e2p-1},
+    {0x1.cc553391a6262p-26, 0x1.ffffffffffffdp-1}, {0x1.ffec097f6665bp-1, 0x1.1df0b266cac33p-6},
+    {0x1.ffb0278c1e08ep-1, 0x1.1de58c4db4421p-5}, {0x1.ff4c5ed1952cbp-1, 0x1.acbc7414663ecp-5},
+    {0x1.fec0b717c6accp-1, 0x1.1db8f68501d89p-4}, {0x1.fe0d3b429ea78p-1, 0x1.64fd6b263fe4cp-4},
+    {0x1.fd31f95121178p-1, 0x1.ac260939b03b3p-4}, {0x1.fc2f025c526b9p-1, 0x1.f32d4436d081bp-4},
+    {0x1.fb046a95e2353p-1, 0x1.1d06c917cf82fp-3}, {0x1.f9b2494698066p-1, 0x1.4060b61f96595p-3},
+    {0x1.f838b8cc829f6p-1, 0x1.63a1a77bf9403p-3}, {0x1.f697d698e98ffp-1, 0x1.86c6dd68f0cc3p-3},
+    {0x1.f4cfc32e01752p-1, 0x1.a9cd9a4c12e4ep-3}, {0x1.f2e0a21c63025p-1, 0x1.ccb322eb48c94p-3},
+    {0x1.f0ca9a004506dp-1, 0x1.ef74bea355a9fp-3}, {0x1.ee8dd47e79a86p-1, 0x1.0907dbcf14ca4p-2},
+    {0x1.ec2a7e412f0e3p-1, 0x1.1a40ad847e346p-2}, {0x1.e9a0c6f473bdbp-1, 0x1.2b637ca5165a7p-2},
+    {0x1.e6f0e1427eedfp-1, 0x1.3c6ef31b6f178p-2}, {0x1.e41b02cfbd1cbp-1, 0x1.4d61bca429d8dp-2},
+    {0x1.e11f6436a1335p-1, 0x1.5e3a86e8803e8p-2}, {0x1.ddfe41033a8fbp-1, 0x1.6ef80198a6578p-2},
+    {0x1.dab7d7ae9047ep-1, 0x1.7f98de8604636p-2}, {0x1.d74c6999c207dp-1, 0x1.901bd1bd460eep-2},
+    {0x1.d3bc3b08eee6fp-1, 0x1.a07f91a03d28p-2}, {0x1.d007931de29edp-1, 0x1.b0c2d6ff95bc1p-2},
+    {0x1.cc2ebbd2898a3p-1, 0x1.c0e45d3459aa3p-2}, {0x1.c83201f32bddep-1, 0x1.d0e2e239419f4p-2},
+    {0x1.c411b518708bcp-1, 0x1.e0bd26c3d1906p-2}, {0x1.bfce27a1284ap-1, 0x1.f071ee5d3eb3p-2},
+    {0x1.bb67aeabe139bp-1, 0x1.ffffff7b1d04fp-2}, {0x1.b6dea21043aa9p-1, 0x1.07b311cbe93ffp-1},
+    {0x1.b2335c5838865p-1, 0x1.0f5193a566ff1p-1}, {0x1.ad663ab8d9e47p-1, 0x1.16daed3040017p-1},
+    {0x1.a8779d0b2e5a4p-1, 0x1.1e4e87f909bb6p-1}, {0x1.a367e5c4af955p-1, 0x1.25abcf3e72425p-1},
+    {0x1.9e3779ef9cd33p-1, 0x1.2cf22ffcd9e4dp-1}, {0x1.98e6c12319d68p-1, 0x1.342118f9c9fbdp-1},
+    {0x1.9376257b1aee3p-1, 0x1.3b37facf481adp-1}, {0x1.8de613901eb6dp-1, 0x1.423647f704b48p-1},
+    {0x1.8836fa6eb638ep-1, 0x1.491b74d564587p-1}, {0x1.82694b8edc0a2p-1, 0x1.4fe6f7c462af1p-1},
+    {0x1.7c7d7acb1b264p-1, 0x1.5698491e4e54p-1}, {0x1.7673fe5786267p-1, 0x1.5d2ee3485cc1ep-1},
+    {0x1.704d4eb87f935p-1, 0x1.63aa42bd15743p-1}, {0x1.6a09e6b95405ep-1, 0x1.6a09e6169373ap-1},
+    {0x1.63aa4362a6d36p-1, 0x1.704d4e189c7f7p-1}, {0x1.5d2ee3f0b205p-1, 0x1.7673fdba8d088p-1},
+    {0x1.569849c95a5a9p-1, 0x1.7c7d7a31183bep-1}, {0x1.4fe6f87218229p-1, 0x1.82694af7db55dp-1},
+    {0x1.491b7585b5ad5p-1, 0x1.8836f9dac380fp-1}, {0x1.423648a9e42a6p-1, 0x1.8de612ff45854p-1},
+    {0x1.3b37fb84a7bf6p-1, 0x1.937624ed668e1p-1}, {0x1.342119b19baa4p-1, 0x1.98e6c0989554ep-1},
+    {0x1.2cf230b70f477p-1, 0x1.9e37796852fd4p-1}, {0x1.25abcffafcd3ep-1, 0x1.a367e540aaf7cp-1},
+    {0x1.1e4e88b7dac82p-1, 0x1.a8779c8a79409p-1}, {0x1.16daedf148a81p-1, 0x1.ad663a3b7e58p-1},
+    {0x1.0f51946898321p-1, 0x1.b2335bde404dap-1}, {0x1.07b3129133c6cp-1, 0x1.b6dea199b8488p-1},
+    {0x1.00000084e2fa9p-1, 0x1.bb67ae38cbeccp-1}, {0x1.f071efefdc6f4p-2, 0x1.bfce2731920b9p-1},
+    {0x1.e0bd285a44b36p-2, 0x1.c411b4ac620f7p-1}, {0x1.d0e2e3d36a771p-2, 0x1.c832018aad90dp-1},
+    {0x1.c0e45ed2183aep-2, 0x1.cc2ebb6da3925p-1}, {0x1.b0c2d8a0c9c21p-2, 0x1.d00792bc9cda6p-1},
+    {0x1.a07f9344c61bp-2, 0x1.d3bc3aab50ebbp-1}, {0x1.901bd36503234p-2, 0x1.d74c693fd322dp-1},
+    {0x1.7f98e030d48e2p-2, 0x1.dab7d758577c6p-1}, {0x1.6ef803466850ap-2, 0x1.ddfe40b0be96dp-1},
+    {0x1.5e3a889912829p-2, 0x1.e11f63e7e87bep-1}, {0x1.4d61be576aacbp-2, 0x1.e41b0284cdcap-1},
+    {0x1.3c6ef4d13c89dp-2, 0x1.e6f0e0fb5ed81p-1}, {0x1.2b637e5d4e476p-2, 0x1.e9a0c6b128707p-1},
+    {0x1.1a40af3efe48cp-2, 0x1.ec2a7e01bdc8fp-1}, {0x1.0907dd8bba82fp-2, 0x1.ee8dd442e75dcp-1},
+    {0x1.ef74c220a70e4p-3, 0x1.f0ca99c8965bep-1}, {0x1.ccb3266c5a757p-3, 0x1.f2e0a1e89c4eap-1},
+    {0x1.a9cd9dd09ee4cp-3, 0x1.f4cfc2fe26c27p-1}, {0x1.86c6e0f0b0e75p-3, 0x1.f697d66cfe997p-1},
+    {0x1.63a1ab06a6fc9p-3, 0x1.f838b8a48ad1ep-1}, {0x1.4060b9aceb037p-3, 0x1.f9b24922967fbp-1},
+    {0x1.1d06cca7842ffp-3, 0x1.fb046a75d9c42p-1}, {0x1.f32d4b5a6bb4fp-4, 0x1.fc2f0240458fap-1},
+    {0x1.ac261060eec45p-4, 0x1.fd31f93912009p-1}, {0x1.64fd725092f1ep-4, 0x1.fe0d3b2e8f35fp-1},
+    {0x1.1db8fdb1da653p-4, 0x1.fec0b707b870fp-1}, {0x1.acbc827203d78p-5, 0x1.ff4c5ec589673p-1},
+    {0x1.1de59aae1f947p-5, 0x1.ffb0278415aa3p-1}, {0x1.1df0cf2afecb9p-6, 0x1.ffec097b620e2p-1},
+    {0x1.cc553391a6262p-26, 0x1.ffffffffffffdp-1}, {0x1.ffec097f6665bp-1, 0x1.1df0b266cabf3p-6},
+    {0x1.ffb0278c1e08ep-1, 0x1.1de58c4db4461p-5}, {0x1.ff4c5ed1952cbp-1, 0x1.acbc74146640cp-5},
+    {0x1.fec0b717c6accp-1, 0x1.1db8f68501d79p-4}, {0x1.fe0d3b429ea79p-1, 0x1.64fd6b263fe2cp-4},
+    {0x1.fd31f95121178p-1, 0x1.ac260939b03a3p-4}, {0x1.fc2f025c526bap-1, 0x1.f32d4436d080bp-4},
+    {0x1.fb046a95e2353p-1, 0x1.1d06c917cf81fp-3}, {0x1.f9b2494698066p-1, 0x1.4060b61f9659dp-3},
+    {0x1.f838b8cc829f6p-1, 0x1.63a1a77bf9403p-3}, {0x1.f697d698e98ffp-1, 0x1.86c6dd68f0cc3p-3},
+    {0x1.f4cfc32e01751p-1, 0x1.a9cd9a4c12e55p-3}, {0x1.f2e0a21c63025p-1, 0x1.ccb322eb48c94p-3},
+    {0x1.f0ca9a004506dp-1, 0x1.ef74bea355aa6p-3}, {0x1.ee8dd47e79a87p-1, 0x1.0907dbcf14c9cp-2},
+    {0x1.ec2a7e412f0e2p-1, 0x1.1a40ad847e34dp-2}, {0x1.e9a0c6f473bdbp-1, 0x1.2b637ca5165a3p-2},
+    {0x1.e6f0e1427eedfp-1, 0x1.3c6ef31b6f178p-2}, {0x1.e41b02cfbd1cap-1, 0x1.4d61bca429d9p-2},
+    {0x1.e11f6436a1335p-1, 0x1.5e3a86e8803e8p-2}, {0x1.ddfe41033a8fbp-1, 0x1.6ef80198a6578p-2},
+    {0x1.dab7d7ae9047fp-1, 0x1.7f98de8604633p-2}, {0x1.d74c6999c207cp-1, 0x1.901bd1bd460f5p-2},
+    {0x1.d3bc3b08eee6ep-1, 0x1.a07f91a03d284p-2}, {0x1.d007931de29edp-1, 0x1.b0c2d6ff95bc1p-2},
+    {0x1.cc2ebbd2898a2p-1, 0x1.c0e45d3459aaap-2}, {0x1.c83201f32bddep-1, 0x1.d0e2e239419f4p-2},
+    {0x1.c411b518708bcp-1, 0x1.e0bd26c3d1906p-2}, {0x1.bfce27a1284a2p-1, 0x1.f071ee5d3eb29p-2},
+    {0x1.bb67aeabe1399p-1, 0x1.ffffff7b1d056p-2}, {0x1.b6dea21043aa9p-1, 0x1.07b311cbe93ffp-1},
+    {0x1.b2335c5838865p-1, 0x1.0f5193a566ff1p-1}, {0x1.ad663ab8d9e45p-1, 0x1.16daed304001ap-1},
+    {0x1.a8779d0b2e5a4p-1, 0x1.1e4e87f909bb6p-1}, {0x1.a367e5c4af955p-1, 0x1.25abcf3e72425p-1},
+    {0x1.9e3779ef9cd36p-1, 0x1.2cf22ffcd9e4ap-1}, {0x1.98e6c12319d68p-1, 0x1.342118f9c9fbdp-1},
+    {0x1.9376257b1aee3p-1, 0x1.3b37facf481adp-1}, {0x1.8de613901eb7p-1, 0x1.423647f704b45p-1},
+    {0x1.8836fa6eb638bp-1, 0x1.491b74d56458ap-1}, {0x1.82694b8edc0a2p-1, 0x1.4fe6f7c462af1p-1},
+    {0x1.7c7d7acb1b264p-1, 0x1.5698491e4e54p-1}, {0x1.7673fe578626ap-1, 0x1.5d2ee3485cc1bp-1},
+    {0x1.704d4eb87f933p-1, 0x1.63aa42bd15746p-1}, {0x1.6a09e6b95405ep-1, 0x1.6a09e6169373ap-1},
+    {0x1.63aa4362a6d39p-1, 0x1.704d4e189c7f4p-1}, {0x1.5d2ee3f0b205p-1, 0x1.7673fdba8d088p-1},
+    {0x1.569849c95a5a9p-1, 0x1.7c7d7a31183bep-1}, {0x1.4fe6f87218229p-1, 0x1.82694af7db55dp-1},
+    {0x1.491b7585b5ad8p-1, 0x1.8836f9dac380cp-1}, {0x1.423648a9e42a6p-1, 0x1.8de612ff45854p-1},
+    {0x1.3b37fb84a7bf6p-1, 0x1.937624ed668e1p-1}, {0x1.342119b19baa4p-1, 0x1.98e6c0989554ep-1},
+    {0x1.2cf230b70f477p-1, 0x1.9e37796852fd4p-1}, {0x1.25abcffafcd42p-1, 0x1.a367e540aaf7ap-1},
+    {0x1.1e4e88b7dac82p-1, 0x1.a8779c8a79409p-1}, {0x1.16daedf148a7ep-1, 0x1.ad663a3b7e582p-1},
+    {0x1.0f5194689831ep-1, 0x1.b2335bde404dcp-1}, {0x1.07b3129133c68p-1, 0x1.b6dea199b848bp-1},
+    {0x1.00000084e2fafp-1, 0x1.bb67ae38cbec8p-1}, {0x1.f071efefdc6edp-2, 0x1.bfce2731920bbp-1},
+    {0x1.e0bd285a44b36p-2, 0x1.c411b4ac620f7p-1}, {0x1.d0e2e3d36a771p-2, 0x1.c832018aad90dp-1},
+    {0x1.c0e45ed2183aep-2, 0x1.cc2ebb6da3925p-1}, {0x1.b0c2d8a0c9c28p-2, 0x1.d00792bc9cda4p-1},
+    {0x1.a07f9344c61bp-2, 0x1.d3bc3aab50ebbp-1}, {0x1.901bd3650323bp-2, 0x1.d74c693fd322bp-1},
+    {0x1.7f98e030d48dbp-2, 0x1.dab7d758577c8p-1}, {0x1.6ef8034668502p-2, 0x1.ddfe40b0be96fp-1},
+    {0x1.5e3a889912831p-2, 0x1.e11f63e7e87bcp-1}, {0x1.4d61be576aac3p-2, 0x1.e41b0284cdca1p-1},
+    {0x1.3c6ef4d13c89dp-2, 0x1.e6f0e0fb5ed81p-1}, {0x1.2b637e5d4e476p-2, 0x1.e9a0c6b128707p-1},
+    {0x1.1a40af3efe485p-2, 0x1.ec2a7e01bdc9p-1}, {0x1.0907dd8bba836p-2, 0x1.ee8dd442e75dbp-1},
+    {0x1.ef74c220a70e4p-3, 0x1.f0ca99c8965bep-1}, {0x1.ccb3266c5a757p-3, 0x1.f2e0a1e89c4eap-1},
+    {0x1.a9cd9dd09ee3dp-3, 0x1.f4cfc2fe26c27p-1}, {0x1.86c6e0f0b0e65p-3, 0x1.f697d66cfe998p-1},
+    {0x1.63a1ab06a6fd8p-3, 0x1.f838b8a48ad1dp-1}, {0x1.4060b9aceb047p-3, 0x1.f9b24922967fap-1},
+    {0x1.1d06cca7842ffp-3, 0x1.fb046a75d9c42p-1}, {0x1.f32d4b5a6bb4fp-4, 0x1.fc2f0240458fap-1},
+    {0x1.ac261060eec26p-4, 0x1.fd31f93912009p-1}, {0x1.64fd725092f3ep-4, 0x1.fe0d3b2e8f35fp-1},
+    {0x1.1db8fdb1da653p-4, 0x1.fec0b707b870fp-1}, {0x1.acbc827203d78p-5, 0x1.ff4c5ec589673p-1},
+    {0x1.1de59aae1f947p-5, 0x1.ffb0278415aa3p-1}, {0x1.1df0cf2afec39p-6, 0x1.ffec097b620e2p-1},
+    {0x1.cc553411a6262p-26, 0x1.ffffffffffffdp-1}, {0x1.ffec097f6665bp-1, 0x1.1df0b266cabf3p-6},
+    {0x1.ffb0278c1e08ep-1, 0x1.1de58c4db44a1p-5}, {0x1.ff4c5ed1952cbp-1, 0x1.acbc74146644cp-5},
+    {0x1.fec0b717c6acbp-1, 0x1.1db8f68501db9p-4}, {0x1.fe0d3b429ea78p-1, 0x1.64fd6b263fe6cp-4},
+    {0x1.fd31f95121178p-1, 0x1.ac260939b03c3p-4}, {0x1.fc2f025c526b9p-1, 0x1.f32d4436d082ap-4},
+    {0x1.fb046a95e2353p-1, 0x1.1d06c917cf82fp-3}, {0x1.f9b2494698065p-1, 0x1.4060b61f965bdp-3},
+    {0x1.f838b8cc829f6p-1, 0x1.63a1a77bf9403p-3}, {0x1.f697d698e98ffp-1, 0x1.86c6dd68f0cc3p-3},
+    {0x1.f4cfc32e0175p-1, 0x1.a9cd9a4c12e65p-3}, {0x1.f2e0a21c63024p-1, 0x1.ccb322eb48ca4p-3},
+    {0x1.f0ca9a004506cp-1, 0x1.ef74bea355ab6p-3}, {0x1.ee8dd47e79a85p-1, 0x1.0907dbcf14cabp-2},
+    {0x1.ec2a7e412f0e2p-1, 0x1.1a40ad847e34dp-2}, {0x1.e9a0c6f473bdap-1, 0x1.2b637ca5165abp-2},
+    {0x1.e6f0e1427eedep-1, 0x1.3c6ef31b6f18p-2}, {0x1.e41b02cfbd1c7p-1, 0x1.4d61bca429dap-2},
+    {0x1.e11f6436a1333p-1, 0x1.5e3a86e8803f7p-2}, {0x1.ddfe41033a8fbp-1, 0x1.6ef80198a6578p-2},
+    {0x1.dab7d7ae9047fp-1, 0x1.7f98de8604633p-2}, {0x1.d74c6999c207ap-1, 0x1.901bd1bd460fdp-2},
+    {0x1.d3bc3b08eee6dp-1, 0x1.a07f91a03d28bp-2}, {0x1.d007931de29eap-1, 0x1.b0c2d6ff95bcfp-2},
+    {0x1.cc2ebbd2898a2p-1, 0x1.c0e45d3459aaap-2}, {0x1.c83201f32bdddp-1, 0x1.d0e2e239419fbp-2},
+    {0x1.c411b518708bbp-1, 0x1.e0bd26c3d190dp-2}, {0x1.bfce27a1284ap-1, 0x1.f071ee5d3eb3p-2},
+    {0x1.bb67aeabe1395p-1, 0x1.ffffff7b1d064p-2}, {0x1.b6dea21043aa9p-1, 0x1.07b311cbe93ffp-1},
+    {0x1.b2335c5838865p-1, 0x1.0f5193a566ff1p-1}, {0x1.ad663ab8d9e42p-1, 0x1.16daed304001ep-1},
+    {0x1.a8779d0b2e5a2p-1, 0x1.1e4e87f909bb9p-1}, {0x1.a367e5c4af95p-1, 0x1.25abcf3e7242bp-1},
+    {0x1.9e3779ef9cd31p-1, 0x1.2cf22ffcd9e51p-1}, {0x1.98e6c12319d66p-1, 0x1.342118f9c9fc1p-1},
+    {0x1.9376257b1aee1p-1, 0x1.3b37facf481bp-1}, {0x1.8de613901eb6dp-1, 0x1.423647f704b48p-1},
+    {0x1.8836fa6eb6386p-1, 0x1.491b74d564591p-1}, {0x1.82694b8edc0a2p-1, 0x1.4fe6f7c462af1p-1},
+    {0x1.7c7d7acb1b264p-1, 0x1.5698491e4e54p-1}, {0x1.7673fe5786267p-1, 0x1.5d2ee3485cc1ep-1},
+    {0x1.704d4eb87f93p-1, 0x1.63aa42bd15748p-1}, {0x1.6a09e6b954058p-1, 0x1.6a09e6169374p-1},
+    {0x1.63aa4362a6d33p-1, 0x1.704d4e189c7f9p-1}, {0x1.5d2ee3f0b204dp-1, 0x1.7673fdba8d08ap-1},
+    {0x1.569849c95a5a6p-1, 0x1.7c7d7a31183cp-1}, {0x1.4fe6f87218226p-1, 0x1.82694af7db56p-1},
+    {0x1.491b7585b5ad2p-1, 0x1.8836f9dac3812p-1}, {0x1.423648a9e42a6p-1, 0x1.8de612ff45854p-1},
+    {0x1.3b37fb84a7bf6p-1, 0x1.937624ed668e1p-1}, {0x1.342119b19baa4p-1, 0x1.98e6c0989554ep-1},
+    {0x1.2cf230b70f471p-1, 0x1.9e37796852fd8p-1}, {0x1.25abcffafcd3bp-1, 0x1.a367e540aaf7ep-1},
+    {0x1.1e4e88b7dac7bp-1, 0x1.a8779c8a7940ep-1}, {0x1.16daedf148a7ep-1, 0x1.ad663a3b7e582p-1},
+    {0x1.0f51946898324p-1, 0x1.b2335bde404d8p-1}, {0x1.07b3129133c62p-1, 0x1.b6dea199b848fp-1},
+    {0x1.00000084e2fa2p-1, 0x1.bb67ae38cbedp-1}, {0x1.f071efefdc6edp-2, 0x1.bfce2731920bbp-1},
+    {0x1.e0bd285a44b36p-2, 0x1.c411b4ac620f7p-1}, {0x1.d0e2e3d36a771p-2, 0x1.c832018aad90dp-1},
+    {0x1.c0e45ed2183aep-2, 0x1.cc2ebb6da3925p-1}, {0x1.b0c2d8a0c9c28p-2, 0x1.d00792bc9cda4p-1},
+    {0x1.a07f9344c61a1p-2, 0x1.d3bc3aab50ebfp-1}, {0x1.901bd3650322dp-2, 0x1.d74c693fd322fp-1},
+    {0x1.7f98e030d48dbp-2, 0x1.dab7d758577c8p-1}, {0x1.6ef8034668502p-2, 0x1.ddfe40b0be96fp-1},
+    {0x1.5e3a889912822p-2, 0x1.e11f63e7e87bfp-1}, {0x1.4d61be576aac3p-2, 0x1.e41b0284cdca1p-1},
+    {0x1.3c6ef4d13c89dp-2, 0x1.e6f0e0fb5ed81p-1}, {0x1.2b637e5d4e466p-2, 0x1.e9a0c6b12870ap-1},
+    {0x1.1a40af3efe475p-2, 0x1.ec2a7e01bdc92p-1}, {0x1.0907dd8bba827p-2, 0x1.ee8dd442e75ddp-1},
+    {0x1.ef74c220a70c5p-3, 0x1.f0ca99c8965cp-1}, {0x1.ccb3266c5a738p-3, 0x1.f2e0a1e89c4ecp-1},
+    {0x1.a9cd9dd09ee5cp-3, 0x1.f4cfc2fe26c26p-1}, {0x1.86c6e0f0b0e85p-3, 0x1.f697d66cfe996p-1},
+    {0x1.63a1ab06a6f99p-3, 0x1.f838b8a48ad2p-1}, {0x1.4060b9aceb008p-3, 0x1.f9b24922967fdp-1},
+    {0x1.1d06cca7842ffp-3, 0x1.fb046a75d9c42p-1}, {0x1.f32d4b5a6bb4fp-4, 0x1.fc2f0240458fap-1},
+    {0x1.ac261060eec26p-4, 0x1.fd31f93912009p-1}, {0x1.64fd725092f3ep-4, 0x1.fe0d3b2e8f35fp-1},
+    {0x1.1db8fdb1da653p-4, 0x1.fec0b707b870fp-1}, {0x1.acbc827203cf8p-5, 0x1.ff4c5ec589674p-1},
+    {0x1.1de59aae1f8c7p-5, 0x1.ffb0278415aa3p-1}, {0x1.1df0cf2afec39p-6, 0x1.ffec097b620e2p-1},
+    {0x1.cc553311a6262p-26, 0x1.ffffffffffffdp-1},
 };
 
 const AngleRange* RangeOf(int32_t angle) {
@@ -283,11 +473,11 @@ void GetWatermarkPostion(float* x, float* y, float horizontalOffset, float verti
   float px = 0;
   float py = 0;
   if (const AngleRange* range = RangeOf(w.angle)) {
-    const double phi = w.angle * kPi / 180 - range->phase;
+    const Turn& turn = kTurns[w.angle];
     const float hw = w.width / 2;
     const float hh = w.height / 2;
-    const double along = std::cos(phi) * hw - std::sin(phi) * hh;
-    const double across = std::cos(phi) * hh + std::sin(phi) * hw;
+    const double along = turn.cosine * hw - turn.sine * hh;
+    const double across = turn.cosine * hh + turn.sine * hw;
     px = static_cast<float>(cx + range->xSign * (range->swapped ? across : along));
     py = static_cast<float>(cy + range->ySign * (range->swapped ? along : across));
   }

@@ -1,0 +1,37 @@
+// The PJL job header and trailer: the fixed order of everything written
+// before and after the PostScript data.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+
+#include "engine/command.h"
+#include "engine/condition.h"
+#include "engine/row_writer.h"
+
+// The frame's own one-row format tables (always emitted).
+extern const FormatEntry prtFmtTableZPJLHead[];
+extern const int32_t numFmtTableZPJLHead;
+extern const FormatEntry prtFmtTableZPJLJobMode[];
+extern const int32_t numFmtTableZPJLJobMode;
+extern const FormatEntry prtFmtTableEnterPS[];
+extern const int32_t numFmtTableEnterPS;
+extern const FormatEntry prtFmtTableZPJLTrailer[];
+extern const int32_t numFmtTableZPJLTrailer;
+
+extern ParamTable symParaZPJLHead;
+extern ParamTable symParaZPJLJobMode;
+extern ParamTable symParaZPJLTrailer;
+
+// Product codes whose PPD (PCFileName) gets the version 1.3.0 job-information
+// block; ended by an empty entry.
+extern const char* const kCommentedModelList[];
+
+// Binds the frame's parameter tables (called by InializeDescriptionTable).
+void BindFrameTables();
+
+// "@PJL SET STRINGCODESET=UTF8\n" when the PPD declares UTF-8, else nothing.
+void OutputZPJLCommandLanguageEncodingForKQM4T2A();
+
+// The whole job header, from the universal exit language to the language switch.
+void OutputZPJLCommand(char* argv[]);
