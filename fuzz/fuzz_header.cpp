@@ -1,5 +1,6 @@
-// The whole job header from a job ticket, user name and title, on a small
-// job that has every line at which the PostScript modules write.
+// The whole job header from a job ticket, user name and title (converted
+// and validated for a UTF-8 or a Shift-JIS printer), on a small job that
+// has every line at which the PostScript modules write.
 //
 // Input: one byte choosing the printer (a fixture PPD, or none), then the
 // ticket text, then optionally NUL, the user name, NUL, the title.
@@ -17,6 +18,7 @@ const Printer kPrinters[] = {
     {"ppd/modules-utf8-default04.ppd", false}, {"ppd/modules-legacy-default04.ppd", false},
     {"ppd/jobinfo-utf8-color.ppd", false}, {"ppd/perfect_binding.ppd", false},
     {"ppd/listed-model.ppd", false},      {"ppd/decomp-color.ppd", true},
+    {"ppd/text-utf8.ppd", false},         {"ppd/text-shiftjis.ppd", false},
     {nullptr, false},
 };
 
@@ -35,6 +37,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       "userdict/setpagedevice{pop}bind put\nbp\n%%EndPageSetup\n(page) show\nep\n"
       "bp\n%%EndPageSetup\nendp\nshowpage\n";
   const std::string stream = fuzz::RunJob(job);
+  // No name or value ends a header line early: every header line is PJL.
+  const size_t enter = stream.find("@PJL ENTER LANGUAGE=POSTSCRIPT\n");
+  for (size_t at = fuzz::UniversalExit().size(); at < enter; at = stream.find('\n', at) + 1) {
+    fuzz::Check(stream.compare(at, 5, "@PJL ") == 0, "every header line is a PJL line",
+                fuzz::Visible(stream.substr(at, 80)));
+  }
   // Whatever the ticket says, the job's own end goes out: Ctrl-D after the
   // last line in pass-through; in the insertion mode the held-back line end.
   const std::string end = printer.insertion ? "\n\n" : "showpage\n\x04";

@@ -1,6 +1,7 @@
 """cmake --install: where the filter, the stream inspector, their manual
 pages, the inspector's JSON schema and the sample PPDs go, with which modes,
-under DESTDIR and under another prefix.
+under DESTDIR and under another prefix; the installed sample PPDs pass
+cupstestppd with the filter installed and fail without it.
 
     install_test.py --build BUILD_DIR --source SOURCE_DIR
 """
@@ -71,6 +72,23 @@ class InstallTest(unittest.TestCase):
                 destdir = os.path.join(work, name.replace(" ", "-"))
                 cups_instance.install(ARGS.build, destdir, prefix=prefix)
                 self.assertEqual(self.expected_layout(effective), installed_files(destdir))
+
+    def test_cupstestppd_passes_with_the_filter_installed_and_fails_without(self):
+        work = cups_instance.private_directory(ARGS.build, "ppd-")
+        self.addCleanup(shutil.rmtree, work, True)
+        installation = cups_instance.install(ARGS.build, os.path.join(work, "dest"))
+        empty = os.path.join(work, "empty")
+        os.makedirs(empty)
+        for name in SAMPLE_PPDS:
+            for root, passes, verdict in ((installation.destdir, True, "NO ERRORS FOUND"),
+                                          (empty, False, 'Missing cupsFilter2 file "%s' % empty)):
+                with self.subTest(name, root=root):
+                    result = cups_instance.run(["cupstestppd", "-v", "-R", root,
+                                                installation.ppd(name)], check=False)
+                    report = result.stdout.decode(errors="replace")
+                    self.assertEqual(passes, result.returncode == 0, report)
+                    self.assertIn(verdict, report)
+                    self.assertNotIn("WARN", report)
 
 
 if __name__ == "__main__":

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <vector>
 
 #include "filter_runner.h"
 
@@ -28,12 +29,8 @@ struct InsertionCase {
   std::string derived;  // PJL between the header and the language switch
   std::string body;     // what follows the language switch, before the trailer
 };
-void PrintTo(const InsertionCase& c, std::ostream* os) { *os << c.name; }
 
-class InsertionTest : public ::testing::TestWithParam<InsertionCase> {};
-
-TEST_P(InsertionTest, WholeStream) {
-  const InsertionCase& c = GetParam();
+void CheckWholeStream(const InsertionCase& c) {
   FilterJob job;
   job.ppd = Fixture(std::string("ppd/") + c.ppd);
   job.input = c.input;
@@ -62,9 +59,8 @@ std::string Halftone(const char* level) {
   return lines;
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Jobs, InsertionTest,
-    ::testing::Values(
+TEST(Insertion, WholeStreams) {
+  for (const InsertionCase& c : std::vector<InsertionCase>{
         InsertionCase{"ColorResolutionOnceDefaultsOnce", "decomp-color.ppd",
                       "%!PS\n"
                       "%%BeginFeature: *KROutputMode 1200x1200\n%%EndFeature\n"
@@ -104,8 +100,11 @@ INSTANTIATE_TEST_SUITE_P(
                       "@PJL SET JOBATTR=\"@TSCR=64\"\n@PJL SET JOBATTR=\"@GSCR=64\"\n"
                       "@PJL SET JOBATTR=\"@ISCR=64\"\n",
                       "zTTRC 64 GTRC 5 ITRC 100 TSCR 64 GSCR 64 ISCR 64\n\n"},
-        InsertionCase{"EmptyInput", "decomp-color.ppd", "", "", ""}),
-    [](const ::testing::TestParamInfo<InsertionCase>& info) { return info.param.name; });
+        InsertionCase{"EmptyInput", "decomp-color.ppd", "", "", ""}}) {
+    SCOPED_TRACE(c.name);
+    CheckWholeStream(c);
+  }
+}
 
 TEST(Insertion, JobEndingInsideAFeatureLine) {
   FilterJob job;
@@ -115,6 +114,22 @@ TEST(Insertion, JobEndingInsideAFeatureLine) {
   FilterRun run = RunFilter(job);
   EXPECT_TRUE(SameStream(header + kEnterPS + "%%BeginFeature: *KROutputMode 1200x1%!PS\n" + kTrailer,
                          run.out));
+}
+
+// Pass 1 holds the last byte of every read back: reads of a single byte
+// must give the same stream as one read of the whole job.
+TEST(Insertion, ReadsOfOneByteGiveTheSameStream) {
+  FilterJob job;
+  job.ppd = Fixture("ppd/decomp-color.ppd");
+  job.input = "%!PS\n%%BeginFeature: *KRSetTrapMode True\nbp\r\nep\n%%EOF";
+  FilterRun whole = RunFilter(job);
+  job.input.clear();
+  FilterProcess process(job);
+  for (char byte : std::string("%!PS\n%%BeginFeature: *KRSetTrapMode True\nbp\r\nep\n%%EOF")) {
+    ASSERT_TRUE(process.Write(std::string(1, byte)));
+    usleep(2000);
+  }
+  EXPECT_TRUE(SameStream(whole.out, process.Finish().out));
 }
 
 TEST(Insertion, UnopenableFileWritesNoLanguageSwitch) {

@@ -40,12 +40,7 @@ struct HeaderCase {
   std::string title = "report";
 };
 
-void PrintTo(const HeaderCase& c, std::ostream* os) { *os << c.name; }
-
-class JobHeaderTest : public ::testing::TestWithParam<HeaderCase> {};
-
-TEST_P(JobHeaderTest, WholeHeader) {
-  const HeaderCase& c = GetParam();
+void CheckWholeHeader(const HeaderCase& c) {
   FilterJob job;
   if (c.ppd[0] != '\0') job.ppd = Fixture(std::string("ppd/") + c.ppd);
   job.options = c.options;
@@ -95,9 +90,8 @@ const std::string kSecurePrintTicket =
     Key("JBAAccountIDTextEditTicket", "acct7") + Key("JBAInfoListTicketKey", "0") +
     Key("JBAIPAddressStringTicket", "192.0.2.7");
 
-INSTANTIATE_TEST_SUITE_P(
-    Jobs, JobHeaderTest,
-    ::testing::Values(
+TEST(JobHeader, WholeHeaders) {
+  for (const HeaderCase& c : std::vector<HeaderCase>{
         // Legacy encoding: the basic block whatever CommentOn says.
         HeaderCase{"LegacyBasicBlock", "jobinfo-legacy-mono.ppd", kLegacyTicket,
                    kUEL + kJobMode + Accounting(false, "N4") +
@@ -210,7 +204,10 @@ INSTANTIATE_TEST_SUITE_P(
         // the insertion pass writes it after the lines it derives (none here).
         HeaderCase{"DecompositionMode", "decomp.ppd", "",
                    kUEL + kUtf8 + kJobMode + Accounting(true, "1") + Attr("DIND=PORTRAIT") +
-                       "@PJL SET RENDERMODE=GRAYSCALE\n" + kEnterPS}),
-    [](const ::testing::TestParamInfo<HeaderCase>& info) { return info.param.name; });
+                       "@PJL SET RENDERMODE=GRAYSCALE\n" + kEnterPS}}) {
+    SCOPED_TRACE(c.name);
+    CheckWholeHeader(c);
+  }
+}
 
 }  // namespace

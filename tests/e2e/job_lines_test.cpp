@@ -1,11 +1,14 @@
 // What a ticket changes in a job's print stream, through the built filter:
 // each row's stream is compared line by line with the stream of the same
 // job on the same printer without the row's ticket, and the lines it adds
-// (in order) and removes ("-" and the line) must be exactly the row's.
+// (in order) and removes ("-" and the line) must be exactly the row's. The
+// inspector reads every row's stream back: well-formed, every line known
+// in the form the filter writes it, every sealed field open.
 #include <string>
 #include <vector>
 
 #include "filter_runner.h"
+#include "inspect/stream_inspection.h"
 #include "sealed_blob.h"
 
 namespace {
@@ -90,11 +93,24 @@ std::string Run(const char* ppd, const std::string& options) {
   return run.out;
 }
 
+void ExpectReadBack(const std::string& stream) {
+  const StreamReport report = InspectStream(stream, {{ReadFile(TestPrivateKeyPath2048()), true}});
+  EXPECT_FALSE(report.Malformed());
+  for (const Finding& finding : report.findings) ADD_FAILURE() << finding.text;
+  for (const HeaderLine& line : report.header) {
+    EXPECT_NE(line.meaning.group, LineGroup::kUnknown) << line.bytes;
+    EXPECT_NE(line.meaning.words, nullptr) << line.bytes;
+    for (const std::string& problem : line.problems) ADD_FAILURE() << line.bytes << problem;
+    if (line.sealed) EXPECT_TRUE(line.sealed->opened) << line.bytes;
+  }
+}
+
 void ExpectRows(const std::vector<Row>& rows) {
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     const std::string stream = Run(row.ppd, Ticket(row.settings));
     EXPECT_TRUE(SameStream(row.lines, WithOpenedFields(Difference(Run(row.ppd, ""), stream))));
+    ExpectReadBack(stream);
   }
 }
 

@@ -190,19 +190,6 @@ TEST(SealedBlobRefusals, ResultAndMessageLeaveTheOutputUntouched) {
   }
 }
 
-// ---- Internals ----------------------------------------------------------------
-
-TEST(SealedBlobInternals, OutputDataWritesTheBytesOrSaysItCannot) {
-  ScratchDir scratch;
-  const std::vector<uint8_t> bytes = Pattern(300, 4);
-  EXPECT_EQ(CaptureStdout([&] { outputData(bytes.data(), 300, scratch.File("dump").c_str()); }),
-            "");
-  EXPECT_EQ(ReadBytes(scratch.File("dump")), bytes);
-  EXPECT_EQ(CaptureStdout(
-                [&] { outputData(bytes.data(), 300, scratch.File("no-such-dir/dump").c_str()); }),
-            "cannot open file");
-}
-
 // ---- Storage cipher ----------------------------------------------------------
 
 std::string StorageKeyHex(const uint8_t* keyA, size_t keyALength, const uint8_t* keyB,

@@ -1,10 +1,9 @@
 // Test support shared by the unit and the end-to-end tests: fixture paths,
 // job tickets, the lines a print stream is expected to hold, and what code
-// writes to a stream or to standard output.
+// writes to standard output.
 //
-//   UsePPD("utf8-color.ppd");
-//   FilterArguments args(Key("PrintTypeTicketKey", "2"));
-//   EXPECT_EQ(CaptureStdout([&] { Output(args.argv); }), Attr("PBRE=LEFT"));
+//   job.options = Key("PrintTypeTicketKey", "2");
+//   EXPECT_TRUE(SameStream(Attr("PBRE=LEFT"), lines));
 #pragma once
 
 #include <unistd.h>
@@ -24,15 +23,6 @@ inline std::string Repeat(const std::string& piece, size_t times) {
   std::string text;
   for (size_t i = 0; i < times; ++i) text += piece;
   return text;
-}
-
-// Makes a fixture under ppd/ the job's PPD; an empty name unsets PPD.
-inline void UsePPD(const std::string& name) {
-  if (name.empty()) {
-    unsetenv("PPD");
-  } else {
-    setenv("PPD", Fixture("ppd/" + name).c_str(), 1);
-  }
 }
 
 // One print-dialog setting of a job ticket, spaced off on both sides so it
@@ -81,18 +71,6 @@ inline std::string Visible(const std::string& bytes) {
   return visible;
 }
 
-// Runs `write` with a memory stream and returns what it wrote.
-inline std::string CaptureStream(const std::function<void(FILE*)>& write) {
-  char* data = nullptr;
-  size_t size = 0;
-  FILE* stream = open_memstream(&data, &size);
-  write(stream);
-  fclose(stream);
-  std::string text(data, size);
-  free(data);
-  return text;
-}
-
 // Runs `write` with file descriptor 1 sent to a temporary file and returns
 // what reached it.
 inline std::string CaptureStdout(const std::function<void()>& write) {
@@ -113,15 +91,3 @@ inline std::string CaptureStdout(const std::function<void()>& write) {
   fclose(sink);
   return text;
 }
-
-// A filter argument vector with `ticket` as the option string (argument 5).
-struct FilterArguments {
-  explicit FilterArguments(std::string ticket) : options(std::move(ticket)) {
-    argv[5] = &options[0];
-  }
-  FilterArguments(const FilterArguments&) = delete;
-  FilterArguments& operator=(const FilterArguments&) = delete;
-  std::string job = "1", user = "tester", title = "job", copies = "1", options;
-  char* argv[7] = {
-      const_cast<char*>("pstozpjl"), &job[0], &user[0], &title[0], &copies[0], nullptr, nullptr};
-};

@@ -157,6 +157,7 @@ TEST(DecodeUTF8, ValidityAndPrefix) {
       {"", true, u""},
       {"a\xC3\xA9\xE3\x81\x82", true, u"a\u00E9\u3042"},
       {"\xF0\x9F\x98\x80", true, u"\xD83D\xDE00"},  // four bytes become a pair
+      {"\xF4\x8F\xBF\xBF", true, u"\xDBFF\xDFFF"},  // U+10FFFF, the last pair
       {"a\xC0\x80", false, u"a"},                       // overlong
       {"x\xED\xA0\x80", false, u"x"},                  // an encoded surrogate
       {"\xF4\x90\x80\x80", false, u""},               // above U+10FFFF
@@ -168,6 +169,7 @@ TEST(DecodeUTF8, ValidityAndPrefix) {
     EXPECT_EQ(DecodeUTF8(c.text, &units), c.valid) << Hex(c.text);
     EXPECT_EQ(units, c.prefix) << Hex(c.text);
     EXPECT_EQ(IsValidUTF8(c.text), c.valid) << Hex(c.text);
+    if (c.valid) EXPECT_EQ(EncodeUTF8(units.data(), units.size()), c.text) << Hex(c.text);
   }
   std::u16string units = u"stale";
   EXPECT_FALSE(DecodeUTF8(nullptr, &units));
