@@ -13,6 +13,7 @@
 #include "base/byte_search.h"
 #include "base/fixed_text.h"
 #include "base/job_state.h"
+#include "base/job_text.h"
 #include "base/output_channel.h"
 #include "base/ppd_queries.h"
 #include "job/job_header.h"
@@ -118,6 +119,7 @@ void OutputPJLForScreenLine(const char* line, size_t length) {
     }
     char name[kNameLength + 1];
     CopyTextPrefix(name, sizeof name, line + p - 5, kNameLength);
+    CleanPJLText(name);  // four bytes of the job's PostScript
     char value[3] = {line[p], pair ? line[p + 1] : '\0', '\0'};
     FormatText(out, sizeof out, "@PJL SET JOBATTR=\"@%s=%s\"\n", name, value);
     WriteOut(out);

@@ -5,6 +5,7 @@
 
 #include "base/fixed_text.h"
 #include "base/job_state.h"
+#include "base/job_text.h"
 #include "base/output_channel.h"
 #include "base/ppd_queries.h"
 #include "engine/row_writer.h"
@@ -409,11 +410,13 @@ void FeaturesOutputSeparatorPages(FILE* stream) {
   const FeaturesOptionRecord& f = zpjlOptionFeatures;
   if (f.separatorPagesList == -1 || f.separatorPagesList == OptionSepratorPagesNone) return;
   char line[kFeaturesPSLineSize];
+  char pages[sizeof f.separatorPages];
+  PostScriptNumberText(pages, sizeof pages, f.separatorPages);
   BeginNonPPDFeature(stream);
   FormatText(line, sizeof line,
              "1 dict dup/SeparatorPages[%s]put/Custom/ProcSet findresource/setcoverseparator get "
              "exec\n",
-             f.separatorPages);
+             pages);
   KZfprintf(stream, line);
   EndNonPPDFeature(stream);
 }
@@ -422,10 +425,11 @@ void FeaturesOutputAutoFit(FILE* stream) {
   const FeaturesOptionRecord& f = zpjlOptionFeatures;
   if (f.bookletMarginSwitch == -1 || f.bookletMarginSwitch == OptionBookletMarginNone) return;
   char line[kFeaturesPSLineSize];
+  char shift[sizeof f.bookletMarginShift];
+  PostScriptNumberText(shift, sizeof shift, f.bookletMarginShift);
   BeginNonPPDFeature(stream);
   FormatText(line, sizeof line,
-             "%s.000/Custom/ProcSet findresource/setsignatureimageshift get exec\n",
-             f.bookletMarginShift);
+             "%s.000/Custom/ProcSet findresource/setsignatureimageshift get exec\n", shift);
   KZfprintf(stream, line);
   EndNonPPDFeature(stream);
 

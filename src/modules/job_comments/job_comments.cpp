@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "base/fixed_text.h"
+#include "base/job_text.h"
 #include "base/output_channel.h"
 #include "base/printer_color.h"
 
@@ -183,7 +184,9 @@ void PutColorMode() {
 void PutNumberUp() {
   if (IsEmpty(rec.numberUp)) return;
   char line[kCommentLineSize];
-  FormatText(line, sizeof line, "@PJL COMMENT PRINTJOBINFO NUP=%s\n", rec.numberUp);
+  char safe[kCommentLineSize];
+  FormatText(line, sizeof line, "@PJL COMMENT PRINTJOBINFO NUP=%s\n",
+             CleanPJLCopy(safe, sizeof safe, rec.numberUp));
   KZfputs(line, stdout);
 }
 
@@ -216,9 +219,10 @@ void PutBooklet() {
     ZeroText(word, sizeof rec.signatureVolume - offset);
   }
   char line[kCommentLineSize];
+  char safe[kCommentLineSize];
   FormatText(line, sizeof line,
              "@PJL COMMENT PRINTJOBINFO BOOKLETTYPE=TYPE[MANUALDIVIDE]:THRESHOLD[%s]\n",
-             rec.signatureVolume);
+             CleanPJLCopy(safe, sizeof safe, rec.signatureVolume));
   KZfputs(line, stdout);
 }
 

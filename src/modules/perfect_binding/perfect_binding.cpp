@@ -8,6 +8,7 @@
 #include <cups/ppd.h>
 
 #include "base/fixed_text.h"
+#include "base/job_text.h"
 #include "base/output_channel.h"
 #include "engine/ticket_rows.h"
 #include "platform/job_ppd.h"
@@ -285,7 +286,9 @@ void PBindPageSizeInTenths(const char* name, int32_t* width, int32_t* length) {
 
 void OutputZPJLCommandforPBindNormal(const char* value, const char* attribute) {
   char line[kPBindLineSize];
-  FormatText(line, sizeof line, "@PJL SET JOBATTR=\"@%s=%s\"\n", attribute, value);
+  char safe[kPBindLineSize];
+  FormatText(line, sizeof line, "@PJL SET JOBATTR=\"@%s=%s\"\n", attribute,
+             CleanPJLCopy(safe, sizeof safe, value));
   KZfputs(line, stdout);
 }
 

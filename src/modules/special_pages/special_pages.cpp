@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/fixed_text.h"
+#include "base/job_text.h"
 #include "base/output_channel.h"
 #include "platform/job_ticket.h"
 
@@ -78,7 +79,9 @@ struct Record {
 
 void WriteAttribute(const char* attribute, const char* value) {
   char line[kSPLineSize];
-  FormatText(line, sizeof line, "@PJL SET JOBATTR=\"@%s=%s\"\n", attribute, value);
+  char safe[kSPLineSize];
+  FormatText(line, sizeof line, "@PJL SET JOBATTR=\"@%s=%s\"\n", attribute,
+             CleanPJLCopy(safe, sizeof safe, value));
   KZfputs(line, stdout);
 }
 

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "base/fixed_text.h"
+#include "base/job_text.h"
 #include "base/output_channel.h"
 
 WatermarkOptionRecord psOptionWatermark;
@@ -139,14 +140,18 @@ const char* TextLines() {
              static_cast<double>(Faded(w.colorG, w.density)), ' ',
              static_cast<double>(Faded(w.colorB, w.density)));
   AppendText(lines, sizeof lines, line);
-  FormatText(line, sizeof line, "/%s%c%d selectfont\n", w.font, ' ', w.fontSize);
+  char font[sizeof w.font];
+  PostScriptNameText(font, sizeof font, w.font);
+  FormatText(line, sizeof line, "/%s%c%d selectfont\n", font, ' ', w.fontSize);
   AppendText(lines, sizeof lines, line);
   FormatText(line, sizeof line, "%.2f%c%.2f moveto\n", static_cast<double>(x), ' ',
              static_cast<double>(y));
   AppendText(lines, sizeof lines, line);
   FormatText(line, sizeof line, "%d rotate\n", w.angle);
   AppendText(lines, sizeof lines, line);
-  FormatText(line, sizeof line, "%s show\n", w.text);
+  char text[PostScriptStringSize(sizeof w.text)];
+  PostScriptStringToken(text, sizeof text, w.text);
+  FormatText(line, sizeof line, "%s show\n", text);
   AppendText(lines, sizeof lines, line);
   formattedFor = w;
   formatted = true;
