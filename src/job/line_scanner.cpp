@@ -50,7 +50,9 @@ void LineCandidates::Add(const char* line, size_t length) {
 void LineCandidates::AddLengthsFrom(const char* line, size_t length) {
   unsigned char first = static_cast<unsigned char>(line[0]);
   firsts_[first] = true;
-  for (size_t bit = length < 63 ? length : 63; bit < 64; ++bit) lengths_[first] |= uint64_t{1} << bit;
+  for (size_t bit = length < 63 ? length : 63; bit < 64; ++bit) {
+    lengths_[first] |= uint64_t{1} << bit;
+  }
 }
 
 bool LineSink::Plain(const char*, size_t) { return false; }

@@ -68,7 +68,9 @@ PSLineKind ClassifyPSLine(const char* line, size_t length) {
   }
   if (length < 2 || line[0] != '%' || line[1] != '%') return PSLineKind::kPlain;
   for (const StructuralLine& known : kPageStructureLines) {
-    if (length >= known.length && std::memcmp(line, known.text, known.length) == 0) return known.kind;
+    if (length >= known.length && std::memcmp(line, known.text, known.length) == 0) {
+      return known.kind;
+    }
   }
   return PSLineKind::kPlain;
 }
@@ -120,7 +122,9 @@ void HeldOutput::Release(FILE* out, bool withHook) {
     size_t at = std::min(due.at, length_);
     if (at > written) KZfwrite(bytes_ + written, 1, at - written, out);
     written = std::max(written, at);
-    if ((due.point == kPointPageHook) == withHook) OutputPSCommandFromFilter(due.point, due.page, out);
+    if ((due.point == kPointPageHook) == withHook) {
+      OutputPSCommandFromFilter(due.point, due.page, out);
+    }
   }
   if (length_ > written) KZfwrite(bytes_ + written, 1, length_ - written, out);
   deferred_.clear();

@@ -115,12 +115,13 @@ TEST(Signals, TermStopsAtTheNextPageEnd) {
     std::string rest;
     std::string body;        // the PostScript sent, without the hook
   } cases[] = {
-      {"ep lines", "", "%!PS\nbp\n(1)\nep\nbp\n(2)\nep\n", "PAGE:2 1\n", "bp\n(3)\nep\nbp\n(4)\nep\n",
-       "%!PS\nbp\n(1)\nep\nbp\n(2)\nep\nbp\n(3)\n"},
+      {"ep lines", "", "%!PS\nbp\n(1)\nep\nbp\n(2)\nep\n", "PAGE:2 1\n",
+       "bp\n(3)\nep\nbp\n(4)\nep\n", "%!PS\nbp\n(1)\nep\nbp\n(2)\nep\nbp\n(3)\n"},
       {"page comments",
        Key("WMARKNameTicket", "W") + Key("WMARKTypeTicket", "0") + Key("WMARKTextTicket", "(W)"),
        "%!PS\n%%Page: 1 1\n(1) EP\n%%Page: 2 2\n", "PAGE:1 1\n",
-       "(2) EP\n%%Page: 3 3\n(3) EP\n%%Trailer\n", "%!PS\n%%Page: 1 1\n(1) EP\n%%Page: 2 2\n(2) EP\n"},
+       "(2) EP\n%%Page: 3 3\n(3) EP\n%%Trailer\n",
+       "%!PS\n%%Page: 1 1\n(1) EP\n%%Page: 2 2\n(2) EP\n"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);

@@ -67,7 +67,8 @@ Filtered Filter(const std::string& input, const std::string& options) {
   Filtered result{RunFilter(job), ""};
   EXPECT_EQ(result.run.status, 0) << result.run.err;
   result.postscript = SplitStream(result.run.out).body;
-  if (!result.postscript.empty() && result.postscript.back() == '\x04') result.postscript.pop_back();
+  std::string& ps = result.postscript;
+  if (!ps.empty() && ps.back() == '\x04') ps.pop_back();
   return result;
 }
 
@@ -86,7 +87,8 @@ std::vector<Image> ParsePPMs(const std::string& bytes, double scale) {
   std::vector<Image> images;
   size_t at = 0;
   auto field = [&]() {
-    while (at < bytes.size() && (isspace(static_cast<unsigned char>(bytes[at])) || bytes[at] == '#')) {
+    while (at < bytes.size() &&
+           (isspace(static_cast<unsigned char>(bytes[at])) || bytes[at] == '#')) {
       at = bytes[at] == '#' ? bytes.find('\n', at) : at + 1;  // a comment runs to the line end
     }
     size_t start = at;

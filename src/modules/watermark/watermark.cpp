@@ -1,6 +1,7 @@
 #include "modules/watermark/watermark.h"
 
 #include <cstring>
+#include <string_view>
 
 #include "base/fixed_text.h"
 #include "base/job_text.h"
@@ -181,7 +182,15 @@ void InstallPageHook(FILE* stream) {
   KZfprintf(stream,
             "/prev currentpagedevice/EndPage get def\n"
             "/draw{gsave initgraphics mark{\n");
-  KZfprintf(stream, TextLines());
+  // A text line cut at the line size would leave its string open and take
+  // the rest of the job into it: such a text is not drawn.
+  const std::string_view lines = TextLines();
+  constexpr std::string_view kShowEnd = " show\n";
+  if (lines.size() >= kShowEnd.size() && lines.substr(lines.size() - kShowEnd.size()) == kShowEnd) {
+    KZfprintf(stream, lines.data());
+  } else {
+    fprintf(stderr, "DEBUG: The watermark text is too long to be drawn.\n");
+  }
   KZfprintf(stream,
             "}stopped cleartomark grestore}bind def end\n"
             "<</EndPage{userdict/krfWM get begin dup 0 eq state/on get and"
