@@ -80,7 +80,7 @@ void OutputPJLForFeatureLine(FeatureScanState& state, const char* line, size_t l
     if (std::strcmp(value, "1200x1200") == 0) state.resolution = 1200;
   }
 
-  ppd_file_t* ppd = AcquireJobPPD();
+  ppd_file_t* ppd = JobPPD();
   if (PPDAttrEquals(ppd, "ColorDevice", "False") && std::strcmp(keyword, KPPDHalfToneKey) == 0) {
     OutputHalftoneLines(value);
   } else if (ppd != nullptr && state.colorDefaultsPending &&
@@ -88,7 +88,6 @@ void OutputPJLForFeatureLine(FeatureScanState& state, const char* line, size_t l
     OutputPJLCommandForPPDKeyArray(PPDKeyArray, ppd);
     state.colorDefaultsPending = false;
   }
-  ReleaseJobPPD(ppd);
 
   if (state.resolutionPending && (state.resolution == 600 || state.resolution == 1200)) {
     WriteOut(state.resolution == 600 ? "@PJL SET RESOLUTION=600\n" : "@PJL SET RESOLUTION=1200\n");

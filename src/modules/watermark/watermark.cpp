@@ -6,64 +6,52 @@
 #include "base/fixed_text.h"
 #include "base/job_text.h"
 #include "base/output_channel.h"
+#include "engine/injection_point.h"
+#include "engine/table_rows.h"
 
 WatermarkOptionRecord psOptionWatermark;
 
 namespace {
 
-constexpr int32_t kIntSize = sizeof(int32_t);
-constexpr int32_t kFloatSize = sizeof(float);
+constexpr TicketRow kTicketRows[] = {
+    Row(JTZ_KEY("WMARKNameTicket"), psOptionWatermark.name, TicketRead::RawText),
+    Row(JTZ_KEY("WMARKOptionsTicket"), psOptionWatermark.options, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKOnlyFirstTicket"), psOptionWatermark.onlyFirst, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKTextTicket"), psOptionWatermark.text, TicketRead::Text),
+    Row(JTZ_KEY("WMARKOrientationTicket"), psOptionWatermark.orientation, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKPaperHeightTicket"), psOptionWatermark.paperHeight, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKPaperWidthTicket"), psOptionWatermark.paperWidth, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKFilePathTicket"), psOptionWatermark.filePath, TicketRead::Text),
+    Row(JTZ_KEY("WMARKTypeTicket"), psOptionWatermark.type, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKFontTicket"), psOptionWatermark.font, TicketRead::RawText),
+    Row(JTZ_KEY("WMARKFontSizeTicket"), psOptionWatermark.fontSize, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKFontTypeTicket"), psOptionWatermark.fontType, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKColorRTicket"), psOptionWatermark.colorR, TicketRead::Float),
+    Row(JTZ_KEY("WMARKColorGTicket"), psOptionWatermark.colorG, TicketRead::Float),
+    Row(JTZ_KEY("WMARKColorBTicket"), psOptionWatermark.colorB, TicketRead::Float),
+    Row(JTZ_KEY("WMARKColorATicket"), psOptionWatermark.colorA, TicketRead::Float),
+    Row(JTZ_KEY("WMARKAngleTicket"), psOptionWatermark.angle, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKDensityTicket"), psOptionWatermark.density, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKScaleTicket"), psOptionWatermark.scale, TicketRead::Float),
+    Row(JTZ_KEY("WMARKPosHorizontalTicket"), psOptionWatermark.posHorizontal, TicketRead::Float),
+    Row(JTZ_KEY("WMARKPosVerticalTicket"), psOptionWatermark.posVertical, TicketRead::Float),
+    Row(JTZ_KEY("WMARKWidthTicket"), psOptionWatermark.width, TicketRead::Float),
+    Row(JTZ_KEY("WMARKHeightTicket"), psOptionWatermark.height, TicketRead::Float),
+    Row(JTZ_KEY("WMARKhOffsetTicket"), psOptionWatermark.hOffset, TicketRead::Float),
+    Row(JTZ_KEY("WMARKvOffsetTicket"), psOptionWatermark.vOffset, TicketRead::Float),
+};
+constexpr auto kBindings = MakeBindings(kTicketRows, false);
 
 }  // namespace
 
-// clang-format off
-const TicketBinding WatermarkticketData[] = {
-    {JTZ_KEY("WMARKNameTicket"), psOptionWatermark.name, kWatermarkTextSize, GetTicketString},
-    {JTZ_KEY("WMARKOptionsTicket"), &psOptionWatermark.options, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKOnlyFirstTicket"), &psOptionWatermark.onlyFirst, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKTextTicket"), psOptionWatermark.text, kWatermarkTextSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("WMARKOrientationTicket"), &psOptionWatermark.orientation, kIntSize,
-     GetTicketInteger},
-    {JTZ_KEY("WMARKPaperHeightTicket"), &psOptionWatermark.paperHeight, kIntSize,
-     GetTicketInteger},
-    {JTZ_KEY("WMARKPaperWidthTicket"), &psOptionWatermark.paperWidth, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKFilePathTicket"), psOptionWatermark.filePath, kWatermarkTextSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("WMARKTypeTicket"), &psOptionWatermark.type, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKFontTicket"), psOptionWatermark.font, kWatermarkTextSize, GetTicketString},
-    {JTZ_KEY("WMARKFontSizeTicket"), &psOptionWatermark.fontSize, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKFontTypeTicket"), &psOptionWatermark.fontType, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKColorRTicket"), &psOptionWatermark.colorR, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKColorGTicket"), &psOptionWatermark.colorG, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKColorBTicket"), &psOptionWatermark.colorB, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKColorATicket"), &psOptionWatermark.colorA, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKAngleTicket"), &psOptionWatermark.angle, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKDensityTicket"), &psOptionWatermark.density, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKScaleTicket"), &psOptionWatermark.scale, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKPosHorizontalTicket"), &psOptionWatermark.posHorizontal, kFloatSize,
-     GetTicketFloat},
-    {JTZ_KEY("WMARKPosVerticalTicket"), &psOptionWatermark.posVertical, kFloatSize,
-     GetTicketFloat},
-    {JTZ_KEY("WMARKWidthTicket"), &psOptionWatermark.width, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKHeightTicket"), &psOptionWatermark.height, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKhOffsetTicket"), &psOptionWatermark.hOffset, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKvOffsetTicket"), &psOptionWatermark.vOffset, kFloatSize, GetTicketFloat},
-};
-// clang-format on
-const int32_t WatermarkticketDataNum = sizeof WatermarkticketData / sizeof WatermarkticketData[0];
+const TicketBinding* const WatermarkticketData = kBindings.data();
+const int32_t WatermarkticketDataNum = static_cast<int32_t>(kBindings.size());
 
 void WatermarkGetTicketFromPDE(char* argv[]) {
   GetTicketFromArray(argv, WatermarkticketData, WatermarkticketDataNum);
 }
 
 namespace {
-
-// Where the pass-through asks for the page-device hook (before the job's
-// first line of code) and where it takes it back (before the first "ep" or
-// "endp" of a job it was installed in).
-constexpr int32_t kPointPageHook = 40;
-constexpr int32_t kPointPageHookOff = 41;
 
 // The injection points the module handles, each with its emission flag.
 // 29 is part of the module's protocol although the pass-through never
@@ -88,15 +76,15 @@ EmissionFlags& InjectTextWatermark() {
 
 int SlotOfPoint(int32_t point) {
   switch (point) {
-    case 13:
+    case kPointBeginProlog:
       return kSlotProlog;
-    case 24:
+    case kPointEndPageSetup:
       return kSlotPageSetup;
-    case 27:
+    case kPointEndPage:
       return kSlotEndPage;
-    case 28:
+    case kPointEndPageAlt:
       return kSlotEndPageAlt;
-    case 29:
+    case kPointPageSaveRestore:
       return kSlotSaveSlot;
     default:
       return -1;
