@@ -268,6 +268,15 @@ TEST(JobLines, DeviceSettingsAndFinishing) {
       {"colour on a mono printer", "jobinfo-legacy-mono.ppd", "KRColorMode=Color",
        "@PJL SET RENDERMODE=COLOR\n@PJL COMMENT PRINTJOBINFO COLORMODE=COLOR\n"
        "-@PJL SET RENDERMODE=GRAYSCALE\n-@PJL COMMENT PRINTJOBINFO COLORMODE=GRAYSCALE\n"},
+      // The job information block: the page order of N-up by layout
+      // direction, and a binding edge that alone keeps a job one-sided (as
+      // the job without sides is).
+      {"3-up down then right", color,
+       "number-up=3 com.apple.print.PrintSettings.PMLayoutDirection..n.=5",
+       Attr("NLPP=N3") + "@PJL COMMENT PRINTJOBINFO NUP=3\n"
+                         "@PJL COMMENT PRINTJOBINFO NUPEX=DOWNTHENRIGHT\n-" + Attr("NLPP=1") +
+           "-@PJL COMMENT PRINTJOBINFO NUP=1\n-@PJL COMMENT PRINTJOBINFO ORIENTATION=PORTRAIT\n"},
+      {"binding edge 1 of unknown sides", color, "sides=other DuplexBindingEdge..n.=1", ""},
       // Finishing rows, several at once in row order.
       {"tab margin off", nocomment, "TabMarginSwitchTicket=0", Attr("TABS=OFF")},
       {"tab margin shift without switch", nocomment, "TabMarginMMShiftTicket=12", ""},
