@@ -4,6 +4,9 @@
 //
 // Input: one byte choosing the printer (a fixture PPD, or none), then the
 // ticket text, then optionally NUL, the user name, NUL, the title.
+// Property: whatever they hold, they add no line to the header.
+#include <algorithm>
+
 #include "fuzz_support.h"
 
 namespace {
@@ -22,6 +25,29 @@ const Printer kPrinters[] = {
     {nullptr, false},
 };
 
+// Every header line is a PJL line with no control byte but its CR LF end
+// and its quotes paired, so no value ended early or started a line; the
+// only ESC bytes in the stream are the envelope's.
+void CheckHeaderLines(const std::string& stream) {
+  size_t end = stream.find("@PJL ENTER LANGUAGE=POSTSCRIPT\n");
+  fuzz::Check(end != std::string::npos, "the header ends with the language switch");
+  for (size_t at = fuzz::UniversalExit().size(), next; at < end; at = next + 1) {
+    next = stream.find('\n', at);
+    std::string line = stream.substr(at, next - at);
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    fuzz::Check(line.compare(0, 5, "@PJL ") == 0, "every header line is a PJL line",
+                fuzz::Visible(line));
+    for (char c : line) {
+      fuzz::Check(static_cast<unsigned char>(c) >= 0x20 || c == '\t',
+                  "no control byte inside a header line", fuzz::Visible(line));
+    }
+    fuzz::Check(std::count(line.begin(), line.end(), '"') % 2 == 0,
+                "quotes paired in a header line", fuzz::Visible(line));
+  }
+  fuzz::Check(std::count(stream.begin(), stream.end(), '\x1b') == 2,
+              "no ESC but the envelope's", fuzz::Visible(stream));
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -37,12 +63,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       "userdict/setpagedevice{pop}bind put\nbp\n%%EndPageSetup\n(page) show\nep\n"
       "bp\n%%EndPageSetup\nendp\nshowpage\n";
   const std::string stream = fuzz::RunJob(job);
-  // No name or value ends a header line early: every header line is PJL.
-  const size_t enter = stream.find("@PJL ENTER LANGUAGE=POSTSCRIPT\n");
-  for (size_t at = fuzz::UniversalExit().size(); at < enter; at = stream.find('\n', at) + 1) {
-    fuzz::Check(stream.compare(at, 5, "@PJL ") == 0, "every header line is a PJL line",
-                fuzz::Visible(stream.substr(at, 80)));
-  }
+  CheckHeaderLines(stream);
   // Whatever the ticket says, the job's own end goes out: Ctrl-D after the
   // last line in pass-through; in the insertion mode the held-back line end.
   const std::string end = printer.insertion ? "\n\n" : "showpage\n\x04";

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "base/fixed_text.h"
+#include "base/job_text.h"
 
 const char CtrlSym_Dec[] = "%d";
 const char CtrlSym_Char[] = "%c";
@@ -53,7 +54,10 @@ int getCtrlSym(const char* symbol, const void* value, char* buffer, size_t buffe
       FormatText(buffer, bufferSize, "%c", *static_cast<const char*>(value));
       return 1;
     case 2:
-      return static_cast<int>(CopyText(buffer, bufferSize, static_cast<const char*>(value)));
+      // Every "%s" value is job text or may be: it is cleaned so that it
+      // cannot end its quotes or line. The format's own bytes are not.
+      return static_cast<int>(
+          std::strlen(CleanPJLCopy(buffer, bufferSize, static_cast<const char*>(value))));
     default:
       return 0;
   }

@@ -4,7 +4,8 @@
 // Control symbols are "%d" (32-bit int), "%c" (one byte) and "%s" (text).
 // There is no escape: "%%d" is a literal '%' followed by the symbol "%d".
 // Control characters (ESC, '%', CR, LF, '"') are passed as "%c" parameters,
-// so no format string holds an ESC byte.
+// so no format string holds an ESC byte. A "%s" value is printed cleaned
+// (CleanPJLText): text never brings a control byte or a quote of its own.
 #pragma once
 
 #include <cstddef>

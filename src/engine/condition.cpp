@@ -4,6 +4,8 @@
 
 #include "engine/command.h"
 
+const char* const OptionNULLStr = "";
+
 void InitializeCmdParaTable(ParamTable* table, int32_t count, const ParamPointer* list) {
   table->count = count;
   table->list = list;

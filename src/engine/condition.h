@@ -33,6 +33,9 @@ void InitializeComparationTable(ConditionTable* table, int32_t count, const Cond
 // 1 when the table holds (an empty table holds), else 0.
 int ConditionCompare(const ConditionTable* table);
 
+// The empty text that the set/empty tests are given as reference (not read).
+extern const char* const OptionNULLStr;
+
 int IntCampareFunc(const void* value, const void* reference);
 int IntNoEqualCampareFunc(const void* value, const void* reference);
 int StrEqualCampareFunc(const void* value, const void* reference);

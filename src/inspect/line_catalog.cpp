@@ -355,6 +355,9 @@ const FixedInsertionLine kResolutionLines[] = {
 
 const std::string kMarkText(1, kValueMark);
 constexpr int32_t kMarkNumber = INT32_MIN;
+// The engine turns control bytes of a text value into '?', so text goes in
+// as DEL, which it keeps and no format holds, and becomes the mark after.
+const std::string kTextStandIn(1, '\x7F');
 
 // The fields the ticket fills with sealed password text.
 std::set<const void*> SealedFields() {
@@ -386,7 +389,7 @@ std::string ExpandRow(const FormatEntry& entry, const std::set<const void*>& sea
     }
     if (symbol[1] == 's') {
       if (sealedFields.count(value) != 0) *sealed = true;
-      value = kMarkText.c_str();
+      value = kTextStandIn.c_str();
     } else if (symbol[1] == 'd') {
       value = &kMarkNumber;
     }
@@ -397,9 +400,10 @@ std::string ExpandRow(const FormatEntry& entry, const std::set<const void*>& sea
   char out[kCommandBufferSize];
   BuildPrintComand(entry.format, &table, out, sizeof out);
   std::string bytes = out;
-  const std::string number = std::to_string(kMarkNumber);
-  for (size_t at = bytes.find(number); at != std::string::npos; at = bytes.find(number)) {
-    bytes.replace(at, number.size(), kMarkText);
+  for (const std::string& standIn : {std::to_string(kMarkNumber), kTextStandIn}) {
+    for (size_t at = bytes.find(standIn); at != std::string::npos; at = bytes.find(standIn)) {
+      bytes.replace(at, standIn.size(), kMarkText);
+    }
   }
   return bytes;
 }

@@ -13,6 +13,7 @@
 #include "base/byte_search.h"
 #include "base/fixed_text.h"
 #include "base/job_state.h"
+#include "base/job_text.h"
 #include "base/output_channel.h"
 #include "base/ppd_queries.h"
 #include "job/job_header.h"
@@ -79,7 +80,7 @@ void OutputPJLForFeatureLine(FeatureScanState& state, const char* line, size_t l
     if (std::strcmp(value, "1200x1200") == 0) state.resolution = 1200;
   }
 
-  ppd_file_t* ppd = AcquireJobPPD();
+  ppd_file_t* ppd = JobPPD();
   if (PPDAttrEquals(ppd, "ColorDevice", "False") && std::strcmp(keyword, KPPDHalfToneKey) == 0) {
     OutputHalftoneLines(value);
   } else if (ppd != nullptr && state.colorDefaultsPending &&
@@ -87,7 +88,6 @@ void OutputPJLForFeatureLine(FeatureScanState& state, const char* line, size_t l
     OutputPJLCommandForPPDKeyArray(PPDKeyArray, ppd);
     state.colorDefaultsPending = false;
   }
-  ReleaseJobPPD(ppd);
 
   if (state.resolutionPending && (state.resolution == 600 || state.resolution == 1200)) {
     WriteOut(state.resolution == 600 ? "@PJL SET RESOLUTION=600\n" : "@PJL SET RESOLUTION=1200\n");
@@ -118,6 +118,7 @@ void OutputPJLForScreenLine(const char* line, size_t length) {
     }
     char name[kNameLength + 1];
     CopyTextPrefix(name, sizeof name, line + p - 5, kNameLength);
+    CleanPJLText(name);  // four bytes of the job's PostScript
     char value[3] = {line[p], pair ? line[p + 1] : '\0', '\0'};
     FormatText(out, sizeof out, "@PJL SET JOBATTR=\"@%s=%s\"\n", name, value);
     WriteOut(out);

@@ -23,10 +23,6 @@ extern ParamTable symParaZPJLHead;
 extern ParamTable symParaZPJLJobMode;
 extern ParamTable symParaZPJLTrailer;
 
-// Product codes whose PPD (PCFileName) gets the version 1.3.0 job-information
-// block; ended by an empty entry.
-extern const char* const kCommentedModelList[];
-
 // Binds the frame's parameter tables (called by InializeDescriptionTable).
 void BindFrameTables();
 

@@ -7,20 +7,12 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "engine/injection_point.h"
+
 // Line buffer size, and the length at which a line is written as a chunk
 // (lines longer than that pass through in pieces and are never matched).
 constexpr size_t kPSLineBufferSize = 8192;
 constexpr size_t kPSLineChunk = 8065;
-
-// Injection point codes passed to OutputPSCommandFromFilter.
-constexpr int32_t kPointBeginProlog = 13;
-constexpr int32_t kPointEndProlog = 14;
-constexpr int32_t kPointEndSetup = 16;
-constexpr int32_t kPointSetPageDevice = 21;
-constexpr int32_t kPointBeginPage = 23;
-constexpr int32_t kPointEndPageSetup = 24;
-constexpr int32_t kPointEndPage = 27;
-constexpr int32_t kPointEndPageAlt = 28;
 
 // The structural lines the pass-through acts on; everything else is plain.
 enum class PSLineKind {

@@ -59,8 +59,6 @@ TEST(JobIdentity, NamesConvertedAndValidated) {
       {"UTF-8 invalid", utf8, "\xFF\xFE", "\xC0\x80", "", Identity("", unknown, unknown, "")},
       {"UTF-8 format conversions", utf8, "%s%n%x", "%s%n%x", "",
        Identity("%s%n%x", "%s%n%x", "%s%n%x", "%s%n%x")},
-      {"UTF-8 control bytes", utf8, "\x01\x02\t", "\x1B%-12345X", "",
-       Identity("", "\x01\x02\t", "\x01\x02\t", "\x1B%-12345X")},
       {"UTF-8 empty", utf8, "", "", "", Identity("", unknown, unknown, "")},
       {"Shift-JIS user converted", sjis, "\xE3\x83\xA6\xE3\x83\xBC\xE3\x82\xB6", "t", "",
        Identity("", "\x83\x86\x81\x5B\x83\x55", "\x83\x86\x81\x5B\x83\x55", "t")},

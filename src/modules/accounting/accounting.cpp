@@ -7,7 +7,7 @@
 #include "base/ppd_queries.h"
 #include "engine/condition.h"
 #include "engine/row_writer.h"
-#include "engine/ticket_rows.h"
+#include "engine/table_rows.h"
 
 JBAOption zpjlOptionJBA;
 
@@ -232,9 +232,6 @@ struct Term {
   CompareFunc compare;
   const void* reference;
 };
-
-// The empty text that the set/empty tests are given as reference (not read).
-const char* const OptionNULLStr = "";
 
 constexpr Operand Of(Own field) { return {field, nullptr}; }
 constexpr Operand Of(const int32_t& shared) { return {Own::None, &shared}; }

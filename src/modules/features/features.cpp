@@ -5,9 +5,12 @@
 
 #include "base/fixed_text.h"
 #include "base/job_state.h"
+#include "base/job_text.h"
 #include "base/output_channel.h"
 #include "base/ppd_queries.h"
+#include "engine/injection_point.h"
 #include "engine/row_writer.h"
+#include "engine/table_rows.h"
 #include "modules/job_comments/job_comments.h"
 
 FeaturesOptionRecord zpjlOptionFeatures;
@@ -52,53 +55,41 @@ const char* const mediaTypeA5 = "A5";
 
 namespace {
 
-constexpr int32_t kIntSize = sizeof(int32_t);
 constexpr FeaturesOptionRecord& F = zpjlOptionFeatures;
+
+constexpr TicketRow kTicketRows[] = {
+    Row(JTZ_KEY("TabMarginSwitchTicket"), F.tabMarginSwitch, TicketRead::Integer),
+    Row(JTZ_KEY("TrimmerSwitchTicket"), F.trimmerSwitch, TicketRead::Integer),
+    Row(ETZ_KEY("TrimmerSelectTicket"), F.trimmerSelect, TicketRead::Integer),
+    Row(JTZ_KEY("BookletMarginSwitchTicket"), F.bookletMarginSwitch, TicketRead::Integer),
+    Row(JTZ_KEY("TabMarginMMShiftTicket"), F.tabMarginShift, TicketRead::Text),
+    Row(JTZ_KEY("TrimmerMMCuttingSizeTicket"), F.trimmerCuttingSize, TicketRead::Text),
+    Row(ETZ_KEY("TrimmerWidthMMSizeTicket"), F.trimmerWidth, TicketRead::Text),
+    Row(ETZ_KEY("TrimmerHeightMMSizeTicket"), F.trimmerHeight, TicketRead::Text),
+    Row(ETZ_KEY("TrimmerAdjustMMSizeTicket"), F.trimmerAdjust, TicketRead::Text),
+    Row(JTZ_KEY("NumInSequenceSwitchTicket"), F.numInSequenceSwitch, TicketRead::Integer),
+    Row(JTZ_KEY("NumInSequenceLArrowTicket"), F.numInSequenceStart, TicketRead::Text),
+    Row(JTZ_KEY("OffsetStackingListTicket"), F.offsetStackingList, TicketRead::Integer),
+    Row(JTZ_KEY("OffsetStackingPagesLArrowTicket"), F.offsetStackingPages, TicketRead::Text),
+    Row(JTZ_KEY("OffsetStackingUnitsLArrowTicket"), F.offsetStackingUnits, TicketRead::Text),
+    Row(JTZ_KEY("SeparatorPageListTicket"), F.separatorPagesList, TicketRead::Integer),
+    Row(JTZ_KEY("SeparatorPageTicket"), F.separatorPages, TicketRead::Text),
+    Row(JTZ_KEY("AutoFitSwitchTicket"), F.autoFitSwitch, TicketRead::Integer),
+    Row(JTZ_KEY("BookletMarginMMShiftTicket"), F.bookletMarginShift, TicketRead::Text),
+    Row(JTZ_KEY("EjectOptionsListTicket"), F.ejectOptions, TicketRead::Integer),
+    Row("media", F.media, TicketRead::Text),
+    Row(ETZ_KEY("whetherMediaSizeA5Ticket"), F.specialPagesA5, TicketRead::Integer),
+    Row("KRNumPunchHoles", F.punchHoles, TicketRead::Text),
+    Row(JTZ_KEY("featuresMediaTypeTabTicket"), F.featuresMediaTypeTab, TicketRead::Text),
+    Row(JTZ_KEY("CoilPunchFaceTicket"), F.coilPunchFace, TicketRead::Text),
+    Row(JTZ_KEY("whetherMediaTypeTabTicket"), F.specialPagesMediaTab, TicketRead::Integer),
+};
+constexpr auto kBindings = MakeBindings(kTicketRows, false);
 
 }  // namespace
 
-// clang-format off
-const TicketBinding FeaturesticketData[] = {
-    {JTZ_KEY("TabMarginSwitchTicket"), &F.tabMarginSwitch, kIntSize, GetTicketInteger},
-    {JTZ_KEY("TrimmerSwitchTicket"), &F.trimmerSwitch, kIntSize, GetTicketInteger},
-    {ETZ_KEY("TrimmerSelectTicket"), &F.trimmerSelect, kIntSize, GetTicketInteger},
-    {JTZ_KEY("BookletMarginSwitchTicket"), &F.bookletMarginSwitch, kIntSize, GetTicketInteger},
-    {JTZ_KEY("TabMarginMMShiftTicket"), F.tabMarginShift, kFeaturesMMSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("TrimmerMMCuttingSizeTicket"), F.trimmerCuttingSize, kFeaturesMMSize,
-     GetTicketStringConvertedToPrtLang},
-    {ETZ_KEY("TrimmerWidthMMSizeTicket"), F.trimmerWidth, kFeaturesMMSize,
-     GetTicketStringConvertedToPrtLang},
-    {ETZ_KEY("TrimmerHeightMMSizeTicket"), F.trimmerHeight, kFeaturesMMSize,
-     GetTicketStringConvertedToPrtLang},
-    {ETZ_KEY("TrimmerAdjustMMSizeTicket"), F.trimmerAdjust, kFeaturesMMSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("NumInSequenceSwitchTicket"), &F.numInSequenceSwitch, kIntSize, GetTicketInteger},
-    {JTZ_KEY("NumInSequenceLArrowTicket"), F.numInSequenceStart, kFeaturesMMSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("OffsetStackingListTicket"), &F.offsetStackingList, kIntSize, GetTicketInteger},
-    {JTZ_KEY("OffsetStackingPagesLArrowTicket"), F.offsetStackingPages, kFeaturesCountSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("OffsetStackingUnitsLArrowTicket"), F.offsetStackingUnits, kFeaturesCountSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("SeparatorPageListTicket"), &F.separatorPagesList, kIntSize, GetTicketInteger},
-    {JTZ_KEY("SeparatorPageTicket"), F.separatorPages, kFeaturesTextSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("AutoFitSwitchTicket"), &F.autoFitSwitch, kIntSize, GetTicketInteger},
-    {JTZ_KEY("BookletMarginMMShiftTicket"), F.bookletMarginShift, kFeaturesMMSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("EjectOptionsListTicket"), &F.ejectOptions, kIntSize, GetTicketInteger},
-    {"media", F.media, kFeaturesTextSize, GetTicketStringConvertedToPrtLang},
-    {ETZ_KEY("whetherMediaSizeA5Ticket"), &F.specialPagesA5, kIntSize, GetTicketInteger},
-    {"KRNumPunchHoles", F.punchHoles, kFeaturesTextSize, GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("featuresMediaTypeTabTicket"), F.featuresMediaTypeTab, kFeaturesTextSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("CoilPunchFaceTicket"), F.coilPunchFace, kFeaturesTextSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("whetherMediaTypeTabTicket"), &F.specialPagesMediaTab, kIntSize, GetTicketInteger},
-};
-// clang-format on
-const int32_t FeaturesticketDataNum = sizeof FeaturesticketData / sizeof FeaturesticketData[0];
+const TicketBinding* const FeaturesticketData = kBindings.data();
+const int32_t FeaturesticketDataNum = static_cast<int32_t>(kBindings.size());
 
 void FeaturesGetTicketFromPDE(char* argv[]) {
   GetTicketFromArray(argv, FeaturesticketData, FeaturesticketDataNum);
@@ -150,108 +141,94 @@ FEATURES_VALUE_LIST(OffsetStackingUnits, offsetStackingUnits);
 
 #undef FEATURES_VALUE_LIST
 
-// Condition items. An integer item compares a record field with an option
-// code; a string item's reference is the cell of a reference string.
-#define INT_IS(field, code) \
-  { &F.field, &code, IntCampareFunc }
-#define STR_EQUALS(field, cell) \
-  { F.field, &cell, StrEqualCampareFunc }
-#define STR_CONTAINS(field, cell) \
-  { F.field, &cell, StrContainCampareFunc }
-#define STR_NOT_CONTAINS(field, cell) \
-  { F.field, &cell, StrNotContainCampareFunc }
-
+// Condition items: an integer item compares a record field with an option
+// code; a text item's reference is the cell of a reference string.
 // clang-format off
 const ConditionItem comparationItemFeaturesTabMarginOff[] = {
-    INT_IS(tabMarginSwitch, OptionTabMarginNone)};
+    Is(F.tabMarginSwitch, OptionTabMarginNone)};
 const ConditionItem comparationItemFeaturesTabMarginOn[] = {
-    INT_IS(tabMarginSwitch, OptionTabMargin)};
+    Is(F.tabMarginSwitch, OptionTabMargin)};
 const ConditionItem comparationItemFeaturesTrimmerOff[] = {
-    INT_IS(trimmerSwitch, OptionTrimmerNone)};
-const ConditionItem comparationItemFeaturesTrimmerOn[] = {INT_IS(trimmerSwitch, OptionTrimmer)};
-const ConditionItem comparationItemFeaturesSelectFore[] = {INT_IS(trimmerSelect, SelectTrimmer)};
+    Is(F.trimmerSwitch, OptionTrimmerNone)};
+const ConditionItem comparationItemFeaturesTrimmerOn[] = {Is(F.trimmerSwitch, OptionTrimmer)};
+const ConditionItem comparationItemFeaturesSelectFore[] = {Is(F.trimmerSelect, SelectTrimmer)};
 const ConditionItem comparationItemFeaturesSelectTopLower[] = {
-    INT_IS(trimmerSelect, SelectTrimmerTopLower)};
+    Is(F.trimmerSelect, SelectTrimmerTopLower)};
 const ConditionItem comparationItemFeaturesNumberingOff[] = {
-    INT_IS(numInSequenceSwitch, OptionNumInSequenceNone)};
+    Is(F.numInSequenceSwitch, OptionNumInSequenceNone)};
 const ConditionItem comparationItemFeaturesNumberingOn[] = {
-    INT_IS(numInSequenceSwitch, OptionNumInSequence)};
+    Is(F.numInSequenceSwitch, OptionNumInSequence)};
 const ConditionItem comparationItemFeaturesOffsetByPages[] = {
-    INT_IS(offsetStackingList, OptionOffsetStackingEndOfSetPage)};
+    Is(F.offsetStackingList, OptionOffsetStackingEndOfSetPage)};
 const ConditionItem comparationItemFeaturesOffsetByCopies[] = {
-    INT_IS(offsetStackingList, OptionOffsetStackingEndOfSetCopy)};
-const ConditionItem comparationItemFeaturesEjectDown[] = {INT_IS(ejectOptions, EjectOptionsDown)};
-const ConditionItem comparationItemFeaturesEjectUp[] = {INT_IS(ejectOptions, EjectOptionsUp)};
+    Is(F.offsetStackingList, OptionOffsetStackingEndOfSetCopy)};
+const ConditionItem comparationItemFeaturesEjectDown[] = {Is(F.ejectOptions, EjectOptionsDown)};
+const ConditionItem comparationItemFeaturesEjectUp[] = {Is(F.ejectOptions, EjectOptionsUp)};
 const ConditionItem comparationItemFeaturesEjectDownReverse[] = {
-    INT_IS(ejectOptions, EjectOptionsDownReverse)};
+    Is(F.ejectOptions, EjectOptionsDownReverse)};
 const ConditionItem comparationItemFeaturesEjectUpReverse[] = {
-    INT_IS(ejectOptions, EjectOptionsUpReverse)};
+    Is(F.ejectOptions, EjectOptionsUpReverse)};
 
 // Coil punching with the coil face on: OFF only without any tab stock or
 // A5 involvement, UP as soon as the job or its special pages use either.
 const ConditionItem comparationItemFeaturesFaceOffCoilPlain[] = {
-    INT_IS(ejectOptions, EjectOptionsOff),
-    STR_CONTAINS(punchHoles, punchHoleCoil),
-    STR_EQUALS(featuresMediaTypeTab, mediaTypeNoTab),
-    INT_IS(specialPagesMediaTab, specialPagesMediaNoTab),
-    STR_EQUALS(coilPunchFace, coilPunchFaceOn),
-    STR_NOT_CONTAINS(media, mediaTypeA5),
-    INT_IS(specialPagesA5, specialPagesMediasizeNoA5)};
+    Is(F.ejectOptions, EjectOptionsOff),
+    Contains(F.punchHoles, punchHoleCoil),
+    TextIs(F.featuresMediaTypeTab, mediaTypeNoTab),
+    Is(F.specialPagesMediaTab, specialPagesMediaNoTab),
+    TextIs(F.coilPunchFace, coilPunchFaceOn),
+    NotContains(F.media, mediaTypeA5),
+    Is(F.specialPagesA5, specialPagesMediasizeNoA5)};
 const ConditionItem comparationItemFeaturesFaceOffNoCoil[] = {
-    INT_IS(ejectOptions, EjectOptionsOff),
-    STR_NOT_CONTAINS(punchHoles, punchHoleCoil),
-    STR_EQUALS(coilPunchFace, coilPunchFaceOn)};
+    Is(F.ejectOptions, EjectOptionsOff),
+    NotContains(F.punchHoles, punchHoleCoil),
+    TextIs(F.coilPunchFace, coilPunchFaceOn)};
 const ConditionItem comparationItemFeaturesFaceOffCoilFaceOff[] = {
-    INT_IS(ejectOptions, EjectOptionsOff),
-    STR_EQUALS(coilPunchFace, coilPunchFaceOff)};
+    Is(F.ejectOptions, EjectOptionsOff),
+    TextIs(F.coilPunchFace, coilPunchFaceOff)};
 const ConditionItem comparationItemFeaturesFaceUpMediaA5[] = {
-    INT_IS(ejectOptions, EjectOptionsOff),
-    STR_CONTAINS(punchHoles, punchHoleCoil),
-    STR_EQUALS(featuresMediaTypeTab, mediaTypeNoTab),
-    INT_IS(specialPagesMediaTab, specialPagesMediaNoTab),
-    STR_CONTAINS(media, mediaTypeA5),
-    INT_IS(specialPagesA5, specialPagesMediasizeNoA5),
-    STR_EQUALS(coilPunchFace, coilPunchFaceOn)};
+    Is(F.ejectOptions, EjectOptionsOff),
+    Contains(F.punchHoles, punchHoleCoil),
+    TextIs(F.featuresMediaTypeTab, mediaTypeNoTab),
+    Is(F.specialPagesMediaTab, specialPagesMediaNoTab),
+    Contains(F.media, mediaTypeA5),
+    Is(F.specialPagesA5, specialPagesMediasizeNoA5),
+    TextIs(F.coilPunchFace, coilPunchFaceOn)};
 const ConditionItem comparationItemFeaturesFaceUpSpecialA5[] = {
-    INT_IS(ejectOptions, EjectOptionsOff),
-    STR_CONTAINS(punchHoles, punchHoleCoil),
-    STR_EQUALS(featuresMediaTypeTab, mediaTypeNoTab),
-    INT_IS(specialPagesMediaTab, specialPagesMediaNoTab),
-    STR_NOT_CONTAINS(media, mediaTypeA5),
-    INT_IS(specialPagesA5, specialPagesMediasizeA5),
-    STR_EQUALS(coilPunchFace, coilPunchFaceOn)};
+    Is(F.ejectOptions, EjectOptionsOff),
+    Contains(F.punchHoles, punchHoleCoil),
+    TextIs(F.featuresMediaTypeTab, mediaTypeNoTab),
+    Is(F.specialPagesMediaTab, specialPagesMediaNoTab),
+    NotContains(F.media, mediaTypeA5),
+    Is(F.specialPagesA5, specialPagesMediasizeA5),
+    TextIs(F.coilPunchFace, coilPunchFaceOn)};
 const ConditionItem comparationItemFeaturesFaceUpBothA5[] = {
-    INT_IS(ejectOptions, EjectOptionsOff),
-    STR_CONTAINS(punchHoles, punchHoleCoil),
-    STR_EQUALS(featuresMediaTypeTab, mediaTypeNoTab),
-    INT_IS(specialPagesMediaTab, specialPagesMediaNoTab),
-    STR_CONTAINS(media, mediaTypeA5),
-    INT_IS(specialPagesA5, specialPagesMediasizeA5),
-    STR_EQUALS(coilPunchFace, coilPunchFaceOn)};
+    Is(F.ejectOptions, EjectOptionsOff),
+    Contains(F.punchHoles, punchHoleCoil),
+    TextIs(F.featuresMediaTypeTab, mediaTypeNoTab),
+    Is(F.specialPagesMediaTab, specialPagesMediaNoTab),
+    Contains(F.media, mediaTypeA5),
+    Is(F.specialPagesA5, specialPagesMediasizeA5),
+    TextIs(F.coilPunchFace, coilPunchFaceOn)};
 const ConditionItem comparationItemFeaturesFaceUpMediaTab[] = {
-    INT_IS(ejectOptions, EjectOptionsOff),
-    STR_CONTAINS(punchHoles, punchHoleCoil),
-    STR_EQUALS(featuresMediaTypeTab, mediaTypeIsTab),
-    INT_IS(specialPagesMediaTab, specialPagesMediaNoTab),
-    STR_EQUALS(coilPunchFace, coilPunchFaceOn)};
+    Is(F.ejectOptions, EjectOptionsOff),
+    Contains(F.punchHoles, punchHoleCoil),
+    TextIs(F.featuresMediaTypeTab, mediaTypeIsTab),
+    Is(F.specialPagesMediaTab, specialPagesMediaNoTab),
+    TextIs(F.coilPunchFace, coilPunchFaceOn)};
 const ConditionItem comparationItemFeaturesFaceUpSpecialTab[] = {
-    INT_IS(ejectOptions, EjectOptionsOff),
-    STR_CONTAINS(punchHoles, punchHoleCoil),
-    STR_EQUALS(featuresMediaTypeTab, mediaTypeNoTab),
-    INT_IS(specialPagesMediaTab, specialPagesMediaTab),
-    STR_EQUALS(coilPunchFace, coilPunchFaceOn)};
+    Is(F.ejectOptions, EjectOptionsOff),
+    Contains(F.punchHoles, punchHoleCoil),
+    TextIs(F.featuresMediaTypeTab, mediaTypeNoTab),
+    Is(F.specialPagesMediaTab, specialPagesMediaTab),
+    TextIs(F.coilPunchFace, coilPunchFaceOn)};
 const ConditionItem comparationItemFeaturesFaceUpBothTab[] = {
-    INT_IS(ejectOptions, EjectOptionsOff),
-    STR_CONTAINS(punchHoles, punchHoleCoil),
-    STR_EQUALS(featuresMediaTypeTab, mediaTypeIsTab),
-    INT_IS(specialPagesMediaTab, specialPagesMediaTab),
-    STR_EQUALS(coilPunchFace, coilPunchFaceOn)};
+    Is(F.ejectOptions, EjectOptionsOff),
+    Contains(F.punchHoles, punchHoleCoil),
+    TextIs(F.featuresMediaTypeTab, mediaTypeIsTab),
+    Is(F.specialPagesMediaTab, specialPagesMediaTab),
+    TextIs(F.coilPunchFace, coilPunchFaceOn)};
 // clang-format on
-
-#undef INT_IS
-#undef STR_EQUALS
-#undef STR_CONTAINS
-#undef STR_NOT_CONTAINS
 
 // One header row before binding: its format, parameter list and condition items.
 struct FeaturesRowSource {
@@ -394,13 +371,13 @@ void EndNonPPDFeature(FILE* stream) {
 
 void FeaturesOutputPSCommandFromFilter(int32_t point, FILE* stream) {
   const int32_t pages = PagesPerSheetSide();
-  if (point == 14 && IsSinglePageSheet(pages)) {
+  if (point == kPointEndProlog && IsSinglePageSheet(pages)) {
     FeaturesOutputSeparatorPages(stream);
-  } else if (point == 21 && pages >= 2) {
+  } else if (point == kPointSetPageDevice && pages >= 2) {
     // An N-up job sets its page device after the prolog, so both go there.
     FeaturesOutputSeparatorPages(stream);
     FeaturesOutputAutoFit(stream);
-  } else if (point == 16 && IsSinglePageSheet(pages)) {
+  } else if (point == kPointEndSetup && IsSinglePageSheet(pages)) {
     FeaturesOutputAutoFit(stream);
   }
 }
@@ -409,11 +386,13 @@ void FeaturesOutputSeparatorPages(FILE* stream) {
   const FeaturesOptionRecord& f = zpjlOptionFeatures;
   if (f.separatorPagesList == -1 || f.separatorPagesList == OptionSepratorPagesNone) return;
   char line[kFeaturesPSLineSize];
+  char pages[sizeof f.separatorPages];
+  PostScriptNumberText(pages, sizeof pages, f.separatorPages);
   BeginNonPPDFeature(stream);
   FormatText(line, sizeof line,
              "1 dict dup/SeparatorPages[%s]put/Custom/ProcSet findresource/setcoverseparator get "
              "exec\n",
-             f.separatorPages);
+             pages);
   KZfprintf(stream, line);
   EndNonPPDFeature(stream);
 }
@@ -422,10 +401,11 @@ void FeaturesOutputAutoFit(FILE* stream) {
   const FeaturesOptionRecord& f = zpjlOptionFeatures;
   if (f.bookletMarginSwitch == -1 || f.bookletMarginSwitch == OptionBookletMarginNone) return;
   char line[kFeaturesPSLineSize];
+  char shift[sizeof f.bookletMarginShift];
+  PostScriptNumberText(shift, sizeof shift, f.bookletMarginShift);
   BeginNonPPDFeature(stream);
   FormatText(line, sizeof line,
-             "%s.000/Custom/ProcSet findresource/setsignatureimageshift get exec\n",
-             f.bookletMarginShift);
+             "%s.000/Custom/ProcSet findresource/setsignatureimageshift get exec\n", shift);
   KZfprintf(stream, line);
   EndNonPPDFeature(stream);
 

@@ -49,7 +49,7 @@ struct FeaturesOptionRecord {
 
 extern FeaturesOptionRecord zpjlOptionFeatures;
 
-extern const TicketBinding FeaturesticketData[];
+extern const TicketBinding* const FeaturesticketData;
 extern const int32_t FeaturesticketDataNum;
 
 // Option codes, the references of the rows' conditions.

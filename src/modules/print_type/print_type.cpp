@@ -7,7 +7,7 @@
 #include "base/ppd_queries.h"
 #include "engine/condition.h"
 #include "engine/row_writer.h"
-#include "engine/ticket_rows.h"
+#include "engine/table_rows.h"
 #include "platform/job_ppd.h"
 
 PrintTypeOption zpjlOptionPrintType;
@@ -85,22 +85,6 @@ ParamTable symParaEnteredJobName;
 ParamTable symParaDelayTime;
 
 // ---- Condition items ------------------------------------------------------
-
-// The empty text that the set/empty tests are given as reference (not read).
-const char* const OptionNULLStr = "";
-
-constexpr ConditionItem Is(const int32_t& field, const int32_t& constant) {
-  return {&field, &constant, IntCampareFunc};
-}
-constexpr ConditionItem Not(const int32_t& field, const int32_t& constant) {
-  return {&field, &constant, IntNoEqualCampareFunc};
-}
-constexpr ConditionItem Set(const char* text) {
-  return {text, &OptionNULLStr, StrNoNULLCampareFunc};
-}
-constexpr ConditionItem ShorterThan(const char* text, const int32_t& limit) {
-  return {text, &limit, StrLengthLessThanCampareFunc};
-}
 
 const ConditionItem comparationItemHoldStore[] = {
     Is(pt.printType, OptionSecurePrint), Set(pt.userName),
@@ -214,12 +198,11 @@ int PrintTypeGetTicketFromPDE(char* argv[]) {
 
 void PrintTypeOutputZPJLCommandFromFilter(char* argv[]) {
   bool partial = false;
-  ppd_file_t* ppd = AcquireJobPPD();
+  ppd_file_t* ppd = JobPPD();
   if (ppd != nullptr) {
     partial = PPDAttrEquals(ppd, "KRPrinterLanguageEncoding", "UTF-8") &&
               CheckIfPPDKeywordSupported(ppd, "KRZPrintTypeSettings", "Default04") == 1;
   }
-  ReleaseJobPPD(ppd);
   if (partial) {
     OutputZPJLCommandFromArray(argv, PrintTypeFmtPartTable, PrintTypeFmtPartTableNum);
   } else {

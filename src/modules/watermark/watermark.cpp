@@ -3,53 +3,48 @@
 #include <cstring>
 
 #include "base/fixed_text.h"
+#include "base/job_text.h"
 #include "base/output_channel.h"
+#include "engine/injection_point.h"
+#include "engine/table_rows.h"
 
 WatermarkOptionRecord psOptionWatermark;
 
 namespace {
 
-constexpr int32_t kIntSize = sizeof(int32_t);
-constexpr int32_t kFloatSize = sizeof(float);
+constexpr TicketRow kTicketRows[] = {
+    Row(JTZ_KEY("WMARKNameTicket"), psOptionWatermark.name, TicketRead::RawText),
+    Row(JTZ_KEY("WMARKOptionsTicket"), psOptionWatermark.options, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKOnlyFirstTicket"), psOptionWatermark.onlyFirst, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKTextTicket"), psOptionWatermark.text, TicketRead::Text),
+    Row(JTZ_KEY("WMARKOrientationTicket"), psOptionWatermark.orientation, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKPaperHeightTicket"), psOptionWatermark.paperHeight, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKPaperWidthTicket"), psOptionWatermark.paperWidth, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKFilePathTicket"), psOptionWatermark.filePath, TicketRead::Text),
+    Row(JTZ_KEY("WMARKTypeTicket"), psOptionWatermark.type, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKFontTicket"), psOptionWatermark.font, TicketRead::RawText),
+    Row(JTZ_KEY("WMARKFontSizeTicket"), psOptionWatermark.fontSize, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKFontTypeTicket"), psOptionWatermark.fontType, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKColorRTicket"), psOptionWatermark.colorR, TicketRead::Float),
+    Row(JTZ_KEY("WMARKColorGTicket"), psOptionWatermark.colorG, TicketRead::Float),
+    Row(JTZ_KEY("WMARKColorBTicket"), psOptionWatermark.colorB, TicketRead::Float),
+    Row(JTZ_KEY("WMARKColorATicket"), psOptionWatermark.colorA, TicketRead::Float),
+    Row(JTZ_KEY("WMARKAngleTicket"), psOptionWatermark.angle, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKDensityTicket"), psOptionWatermark.density, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKScaleTicket"), psOptionWatermark.scale, TicketRead::Float),
+    Row(JTZ_KEY("WMARKPosHorizontalTicket"), psOptionWatermark.posHorizontal, TicketRead::Float),
+    Row(JTZ_KEY("WMARKPosVerticalTicket"), psOptionWatermark.posVertical, TicketRead::Float),
+    Row(JTZ_KEY("WMARKWidthTicket"), psOptionWatermark.width, TicketRead::Float),
+    Row(JTZ_KEY("WMARKHeightTicket"), psOptionWatermark.height, TicketRead::Float),
+    Row(JTZ_KEY("WMARKhOffsetTicket"), psOptionWatermark.hOffset, TicketRead::Float),
+    Row(JTZ_KEY("WMARKvOffsetTicket"), psOptionWatermark.vOffset, TicketRead::Float),
+};
+constexpr auto kBindings = MakeBindings(kTicketRows, false);
 
 }  // namespace
 
-// clang-format off
-const TicketBinding WatermarkticketData[] = {
-    {JTZ_KEY("WMARKNameTicket"), psOptionWatermark.name, kWatermarkTextSize, GetTicketString},
-    {JTZ_KEY("WMARKOptionsTicket"), &psOptionWatermark.options, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKOnlyFirstTicket"), &psOptionWatermark.onlyFirst, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKTextTicket"), psOptionWatermark.text, kWatermarkTextSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("WMARKOrientationTicket"), &psOptionWatermark.orientation, kIntSize,
-     GetTicketInteger},
-    {JTZ_KEY("WMARKPaperHeightTicket"), &psOptionWatermark.paperHeight, kIntSize,
-     GetTicketInteger},
-    {JTZ_KEY("WMARKPaperWidthTicket"), &psOptionWatermark.paperWidth, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKFilePathTicket"), psOptionWatermark.filePath, kWatermarkTextSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("WMARKTypeTicket"), &psOptionWatermark.type, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKFontTicket"), psOptionWatermark.font, kWatermarkTextSize, GetTicketString},
-    {JTZ_KEY("WMARKFontSizeTicket"), &psOptionWatermark.fontSize, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKFontTypeTicket"), &psOptionWatermark.fontType, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKColorRTicket"), &psOptionWatermark.colorR, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKColorGTicket"), &psOptionWatermark.colorG, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKColorBTicket"), &psOptionWatermark.colorB, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKColorATicket"), &psOptionWatermark.colorA, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKAngleTicket"), &psOptionWatermark.angle, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKDensityTicket"), &psOptionWatermark.density, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKScaleTicket"), &psOptionWatermark.scale, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKPosHorizontalTicket"), &psOptionWatermark.posHorizontal, kFloatSize,
-     GetTicketFloat},
-    {JTZ_KEY("WMARKPosVerticalTicket"), &psOptionWatermark.posVertical, kFloatSize,
-     GetTicketFloat},
-    {JTZ_KEY("WMARKWidthTicket"), &psOptionWatermark.width, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKHeightTicket"), &psOptionWatermark.height, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKhOffsetTicket"), &psOptionWatermark.hOffset, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKvOffsetTicket"), &psOptionWatermark.vOffset, kFloatSize, GetTicketFloat},
-};
-// clang-format on
-const int32_t WatermarkticketDataNum = sizeof WatermarkticketData / sizeof WatermarkticketData[0];
+const TicketBinding* const WatermarkticketData = kBindings.data();
+const int32_t WatermarkticketDataNum = static_cast<int32_t>(kBindings.size());
 
 void WatermarkGetTicketFromPDE(char* argv[]) {
   GetTicketFromArray(argv, WatermarkticketData, WatermarkticketDataNum);
@@ -80,15 +75,15 @@ EmissionFlags& InjectTextWatermark() {
 
 int SlotOfPoint(int32_t point) {
   switch (point) {
-    case 13:
+    case kPointBeginProlog:
       return kSlotProlog;
-    case 24:
+    case kPointEndPageSetup:
       return kSlotPageSetup;
-    case 27:
+    case kPointEndPage:
       return kSlotEndPage;
-    case 28:
+    case kPointEndPageAlt:
       return kSlotEndPageAlt;
-    case 29:
+    case kPointPageSaveRestore:
       return kSlotSaveSlot;
     default:
       return -1;
@@ -133,14 +128,18 @@ const char* TextLines() {
              static_cast<double>(Faded(w.colorG, w.density)), ' ',
              static_cast<double>(Faded(w.colorB, w.density)));
   AppendText(lines, sizeof lines, line);
-  FormatText(line, sizeof line, "/%s%c%d selectfont\n", w.font, ' ', w.fontSize);
+  char font[sizeof w.font];
+  PostScriptNameText(font, sizeof font, w.font);
+  FormatText(line, sizeof line, "/%s%c%d selectfont\n", font, ' ', w.fontSize);
   AppendText(lines, sizeof lines, line);
   FormatText(line, sizeof line, "%.2f%c%.2f moveto\n", static_cast<double>(x), ' ',
              static_cast<double>(y));
   AppendText(lines, sizeof lines, line);
   FormatText(line, sizeof line, "%d rotate\n", w.angle);
   AppendText(lines, sizeof lines, line);
-  FormatText(line, sizeof line, "%s show\n", w.text);
+  char text[PostScriptStringSize(sizeof w.text)];
+  PostScriptStringToken(text, sizeof text, w.text);
+  FormatText(line, sizeof line, "%s show\n", text);
   AppendText(lines, sizeof lines, line);
   AppendText(lines, sizeof lines, "grestore\n");
   formattedFor = w;

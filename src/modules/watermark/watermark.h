@@ -46,7 +46,7 @@ struct WatermarkOptionRecord {
 
 extern WatermarkOptionRecord psOptionWatermark;
 
-extern const TicketBinding WatermarkticketData[];
+extern const TicketBinding* const WatermarkticketData;
 extern const int32_t WatermarkticketDataNum;
 
 // Size of the buffer each drawn line is formatted into (longer lines are cut).
