@@ -288,6 +288,8 @@ class PrinterApp(unittest.TestCase):
         uri = "ipp://127.0.0.1:%d/ipp/print/prod" % self.port
         failed = set()
         for name in ("ipp-1.1.test", "ipp-2.0.test", "ipp-everywhere.test"):
+            # Each file waits for its own jobs; the previous file's must be done.
+            self.wait_idle("prod")
             run = subprocess.run(["ipptool", "-c", "-t", "-f", "document-a4.pdf", uri, name],
                                  cwd=self.docs, capture_output=True, text=True, timeout=900)
             results = [line for line in run.stdout.splitlines() if line.rstrip().endswith("]")]
