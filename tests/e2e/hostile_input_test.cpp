@@ -13,9 +13,7 @@
 #include <cstring>
 #include <fstream>
 #include <functional>
-#include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "filter_runner.h"
@@ -56,44 +54,6 @@ const std::string& PasswordTicket() {
            Key("JBAInfoListTicketKey", "0") + Key("JBAUserPasswordTextEditTicket", stored);
   }();
   return ticket;
-}
-
-// Every ticket key whose value the modules take as text, password keys too,
-// but for the two that carry the stored password: print-dialog keys, the
-// trimmer's keys of the other domain, then system options.
-std::vector<std::string> TextKeys() {
-  const std::string dialog =
-      "DocumentNameTicketKey DelayPrintTicketKey PrintTypeMBNTicketKey JBAMacHostNameStringTicket "
-      "JBAIPAddressStringTicket JBAUserIDTextEditTicket JBADomainNameTextEditTicket "
-      "JBAAccountIDTextEditTicket JBAStorageIDTextEditTicket JBAStoragePasswordTextEditTicket "
-      "JBAInputStorageIDTextEditTicket JBAInputUserIDTextEditTicket "
-      "JBAInputDomainNameTextEditTicket JBAInputAccountIDTextEditTicket "
-      "JBAInputUserPasswordTextEditTicket JBAAdminUserIDTextEditTicket "
-      "JBAAdminDomainNameTextEditTicket JBAAdminAccountIDTextEditTicket "
-      "JBAAdminStorageIDTextEditTicket ZPIFCommandTicket_0 ZPIFCoverValueTicket_0 "
-      "ZPIFInsertionValueTicket_0 ZPIFExceptionValueTicket_0 WMARKNameTicket WMARKTextTicket "
-      "WMARKFilePathTicket WMARKFontTicket TabMarginMMShiftTicket TrimmerMMCuttingSizeTicket "
-      "NumInSequenceLArrowTicket OffsetStackingPagesLArrowTicket OffsetStackingUnitsLArrowTicket "
-      "SeparatorPageTicket BookletMarginMMShiftTicket featuresMediaTypeTabTicket "
-      "CoilPunchFaceTicket";
-  const std::string trimmer = "TrimmerWidthMMSizeTicket TrimmerHeightMMSizeTicket "
-                              "TrimmerAdjustMMSizeTicket";
-  const std::string system =
-      "media sides KRColorMode number-up KRStaple KRPunch KRNumPunchHoles KRSignature KRSigVol "
-      "KRLineWeightAdjustment KRTonerSaver KRTonerReductionRate KRPBindPosition KRPBindTrimming "
-      "KRPBindCutPageSize KRPBindCutPositionTop KRPBindCutPositionFore KRPBindPageSize "
-      "KRPBindCoverPageSize KRPBindCoverMediaType KRPBindCoverMediaColor KRPBindCoverPaperTray "
-      "KRPBindRotationAdjustTop KRPBindRotationAdjustBot KRPBindRotationAdjustFore "
-      "KRPBindCutPageAdjustmentTB KRPBindCutPageAdjustmentFore KRPBindCutPositionAdjustmentTB "
-      "KRPBindCoverAdjustX KRPBindCoverAdjustY";
-  std::vector<std::string> keys;
-  for (const auto& [names, prefix] :
-       {std::pair(dialog, "com.korvanel.qd.jtz.printsettings."),
-        std::pair(trimmer, "com.korvanel.qd.etz.printsettings."), std::pair(system, "")}) {
-    std::istringstream words(names);
-    for (std::string name; words >> name;) keys.push_back(prefix + name);
-  }
-  return keys;
 }
 
 // The credential layer writes its failure lines to stdout on purpose; a
@@ -242,27 +202,6 @@ std::vector<HostileCase> TicketCases() {
          job.options = junk + job.options;
        },
        [](const FilterRun& run) { EXPECT_TRUE(Contains(run.out, "@PJL SET HOLD=STORE\n")); }},
-      {"FormatDirectivesInEveryTextField",
-       [](FilterJob& job, const ScratchDir&) {
-         job.ppd = Fixture("ppd/jobinfo-utf8-color.ppd");
-         job.user = "%n%s%n%s";
-         job.title = "%n%s%x%p";
-         for (const std::string& key : TextKeys()) job.options += " " + key + "=%n%s%n%s ";
-         job.options += Key("ZPIFCoverCountTicket", "1") + Key("ZPIFInsertionCountTicket", "1") +
-                        Key("ZPIFExceptionCountTicket", "1") + Key("WMARKTypeTicket", "0") +
-                        Key("SeparatorPageListTicket", "2") +
-                        Key("BookletMarginSwitchTicket", "1") + Key("TabMarginSwitchTicket", "1");
-       },
-       [](const FilterRun& run) {
-         EXPECT_EQ(AttributeValue(run.out, "LUNA"), "%n%s%n%s");
-         EXPECT_EQ(AttributeValue(run.out, "ACNA"), "%n%s%x%p");
-         EXPECT_TRUE(Contains(run.out, "@PJL SET JOBATTR=\"@EIST=%n%s%n%s\"\n"));
-         // Texts that reach the PostScript and the finishing rows stay text.
-         EXPECT_TRUE(Contains(run.out, "\n(%n%s%n%s) show\n"));
-         EXPECT_TRUE(Contains(run.out, "/?n?s?n?s "));
-         EXPECT_TRUE(Contains(run.out, "SeparatorPages[????????]"));
-         EXPECT_TRUE(Contains(run.out, "@PJL SET JOBATTR=\"@TABS=%n%s\"\n"));
-       }},
       {"ExtremeWatermarkNumbers",
        [](FilterJob& job, const ScratchDir&) {
          job.options +=
