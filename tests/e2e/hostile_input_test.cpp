@@ -230,57 +230,6 @@ std::vector<HostileCase> TicketCases() {
          EXPECT_TRUE(Contains(run.out, "1 dict dup/SeparatorPages[???"));
          ExpectSmallStream(run);
        }},
-      {"BinaryBytesInNamesLegacyPrinter",
-       [](FilterJob& job, const ScratchDir&) {
-         job.ppd = Fixture("ppd/legacy-mono.ppd");
-         job.user = NoiseBytes(300, 1);
-         job.title = NoiseBytes(300, 2);
-         job.options += Key("JBAUserIDTextEditTicket", NoiseBytes(200, 3));
-       },
-       [](const FilterRun& run) {
-         EXPECT_EQ(AttributeValue(run.out, "LUNA"), "UnknownUser");
-         EXPECT_FALSE(Contains(run.out, "@ACNA="));
-       }},
-      {"InvalidUtf8InNamesUtf8Printer",
-       [](FilterJob& job, const ScratchDir&) {
-         job.user = "ab\xC3\x28\xE2\x82";
-         job.title = "\xF0\x28\x8C\x28 report";
-       },
-       [](const FilterRun& run) {
-         EXPECT_EQ(AttributeValue(run.out, "LUNA"), "UnknownUser");
-         EXPECT_EQ(AttributeValue(run.out, "JOAU"), "UnknownUser");
-         EXPECT_FALSE(Contains(run.out, "@ACNA="));
-       }},
-      {"TitleOfLineBreaksOnly",
-       [](FilterJob& job, const ScratchDir&) {
-         job.title = "\n\r\n\r\n";
-         job.options += Key("DocumentNameTypeTicketKey", "1");
-       },
-       [](const FilterRun& run) {
-         EXPECT_FALSE(Contains(run.out, "@ACNA="));
-         EXPECT_FALSE(Contains(run.out, "JOBNAME="));
-       }},
-      {"HugeSpecialPageCountAndIndexes",
-       [](FilterJob& job, const ScratchDir&) {
-         job.options += Key("ZPIFCoverCountTicket", "2147483647") +
-                        Key("ZPIFCommandTicket_2147483646", "0,0,0,33") +
-                        Key("ZPIFCoverValueTicket_2147483646", "0,1,print-front,P,red,1,2") +
-                        Key("ZPIFCoverValueTicket_99999999999", "0,0,print-back") +
-                        Key("ZPIFCoverValueTicket_-1", "0,0,print-back");
-       },
-       [](const FilterRun& run) {
-         EXPECT_TRUE(Contains(run.out, "@PJL SET JOBATTR=\"@EFCV=PRINTFRONT\"\n"));
-         EXPECT_TRUE(Contains(run.out, "@PJL SET JOBATTR=\"@EMCW=1\"\n"));
-         EXPECT_FALSE(Contains(run.out, "PRINTBACK"));
-       }},
-      {"SpecialPageCountsOverflowTogether",
-       [](FilterJob& job, const ScratchDir&) {
-         job.options += Key("ZPIFCoverCountTicket", "2147483647") +
-                        Key("ZPIFInsertionCountTicket", "2147483647") +
-                        Key("ZPIFExceptionCountTicket", "99999999999999") +
-                        Key("ZPIFCoverValueTicket_0", "0,0,print-front");
-       },
-       [](const FilterRun& run) { EXPECT_FALSE(Contains(run.out, "@EFCV=")); }},
       {"LayoutOfThousandByThousand",
        [](FilterJob& job, const ScratchDir&) {
          job.options += PostScriptModulesOn() +
@@ -387,12 +336,6 @@ std::string Body(const FilterRun& run) {
 std::vector<HostileCase> PostScriptCases() {
   const std::string insertionPPD = Fixture("ppd/decomp-color.ppd");
   return {
-      {"NulBytes",
-       [](FilterJob& job, const ScratchDir&) { job.input = Bytes("%!PS\n\0\0a\0b\nep\n\0"); },
-       [](const FilterRun& run) {
-         // The last line has no line end: it is not written.
-         EXPECT_TRUE(SameStream(Bytes("%!PS\n\0\0a\0b\nep\n\x04"), Body(run)));
-       }},
       {"CarriageReturnLineEnds",
        [](FilterJob& job, const ScratchDir&) {
          job.input = "%!PS\r%%EndProlog\rbp\r%%EndPageSetup\rep\rbp\rep\rshowpage\r";
@@ -401,16 +344,6 @@ std::vector<HostileCase> PostScriptCases() {
          EXPECT_TRUE(SameStream("%!PS\r%%EndProlog\rbp\r%%EndPageSetup\rep\rbp\rep\rshowpage\r\x04",
                                 Body(run)));
          EXPECT_TRUE(Contains(run.err, "PAGE:1 1\nPAGE:2 1\n")) << run.err;
-       }},
-      {"EndsInsideAFeatureLine",
-       [insertionPPD](FilterJob& job, const ScratchDir&) {
-         job.ppd = insertionPPD;
-         job.input = "%!PS\n%%BeginFeature: *KRSetTrapMode Tr";
-       },
-       [](const FilterRun& run) {
-         // The unfinished line leads pass 2; no PJL comes of it.
-         EXPECT_TRUE(SameStream("%%BeginFeature: *KRSetTrapMode T%!PS\n", Body(run)));
-         EXPECT_FALSE(Contains(run.out, "@TRAP"));
        }},
       {"NulBytesInFeatureLines",
        [insertionPPD](FilterJob& job, const ScratchDir&) {
@@ -430,12 +363,6 @@ std::vector<HostileCase> PostScriptCases() {
                                       "1 GTRC 2 ITRC 3 TSCR 4 GSCR 5 ISCR 6\n\n"),
                                 Body(run)));
        }},
-      {"MissingInputFile",
-       [](FilterJob& job, const ScratchDir& dir) { job.file = dir.File("no-such-job.ps"); },
-       [](const FilterRun& run) {
-         EXPECT_EQ(Body(run), "");
-         EXPECT_TRUE(Contains(run.err, "Unable to open print file")) << run.err;
-       }},
       {"InputFileWithoutReadPermission",
        [](FilterJob& job, const ScratchDir& dir) {
          job.file = dir.File("locked.ps");
@@ -449,12 +376,6 @@ std::vector<HostileCase> PostScriptCases() {
       {"DirectoryAsInputFile",
        [](FilterJob& job, const ScratchDir& dir) { job.file = dir.File(""); },
        [](const FilterRun& run) { EXPECT_EQ(Body(run), "\x04"); }},
-      {"MissingInputFileInsertionMode",
-       [insertionPPD](FilterJob& job, const ScratchDir& dir) {
-         job.ppd = insertionPPD;
-         job.file = dir.File("no-such-job.ps");
-       },
-       [](const FilterRun& run) { EXPECT_FALSE(Contains(run.out, kEnterPS)); }},
   };
 }
 
