@@ -3,6 +3,7 @@
 #include "base/fixed_text.h"
 #include "base/output_channel.h"
 #include "base/ppd_queries.h"
+#include "engine/table_rows.h"
 #include "job/module_dispatch.h"
 #include "platform/job_ppd.h"
 
@@ -13,20 +14,20 @@ const char prtfmtStrZPJLJobMode[] = "@PJL JOB MODE=PRINTER%c%c";
 const char prtfmtStrEnterPS[] = "@PJL ENTER LANGUAGE=POSTSCRIPT\n";
 const char prtfmtStrZPJLTrailer[] = "%c%c-12345X@PJL EOJ\n";
 
-const ParamPointer cmdParaListZPJLHead[] = {&CTRLSym_ESC, &CTRLSym_PERCENTAGE};
-const int32_t cmdParaNumZPJLHead = 2;
-const ParamPointer cmdParaListZPJLJobMode[] = {&CTRLSym_CR, &CTRLSym_LF};
-const int32_t cmdParaNumZPJLJobMode = 2;
+constexpr ParamPointer cmdParaListZPJLHead[] = {&CTRLSym_ESC, &CTRLSym_PERCENTAGE};
+constexpr int32_t cmdParaNumZPJLHead = 2;
+constexpr ParamPointer cmdParaListZPJLJobMode[] = {&CTRLSym_CR, &CTRLSym_LF};
+constexpr int32_t cmdParaNumZPJLJobMode = 2;
 // Four parameters, of which the format uses the first two.
-const ParamPointer cmdParaListZPJLTrailer[] = {&CTRLSym_ESC, &CTRLSym_PERCENTAGE, &CTRLSym_CR,
-                                               &CTRLSym_LF};
-const int32_t cmdParaNumZPJLTrailer = 4;
+constexpr ParamPointer cmdParaListZPJLTrailer[] = {&CTRLSym_ESC, &CTRLSym_PERCENTAGE, &CTRLSym_CR,
+                                                   &CTRLSym_LF};
+constexpr int32_t cmdParaNumZPJLTrailer = 4;
 
 }  // namespace
 
-ParamTable symParaZPJLHead;
-ParamTable symParaZPJLJobMode;
-ParamTable symParaZPJLTrailer;
+constexpr ParamTable symParaZPJLHead = Params(cmdParaListZPJLHead);
+constexpr ParamTable symParaZPJLJobMode = Params(cmdParaListZPJLJobMode);
+constexpr ParamTable symParaZPJLTrailer = Params(cmdParaListZPJLTrailer);
 
 const FormatEntry prtFmtTableZPJLHead[] = {{prtfmtStrZPJLHead, &symParaZPJLHead, nullptr}};
 const int32_t numFmtTableZPJLHead = 1;
@@ -38,9 +39,9 @@ const FormatEntry prtFmtTableZPJLTrailer[] = {{prtfmtStrZPJLTrailer, &symParaZPJ
 const int32_t numFmtTableZPJLTrailer = 1;
 
 void BindFrameTables() {
-  InitializeCmdParaTable(&symParaZPJLHead, cmdParaNumZPJLHead, cmdParaListZPJLHead);
-  InitializeCmdParaTable(&symParaZPJLJobMode, cmdParaNumZPJLJobMode, cmdParaListZPJLJobMode);
-  InitializeCmdParaTable(&symParaZPJLTrailer, cmdParaNumZPJLTrailer, cmdParaListZPJLTrailer);
+  RequireCmdParaTable(symParaZPJLHead, cmdParaNumZPJLHead, cmdParaListZPJLHead);
+  RequireCmdParaTable(symParaZPJLJobMode, cmdParaNumZPJLJobMode, cmdParaListZPJLJobMode);
+  RequireCmdParaTable(symParaZPJLTrailer, cmdParaNumZPJLTrailer, cmdParaListZPJLTrailer);
 }
 
 void OutputZPJLCommandLanguageEncodingForKQM4T2A() {

@@ -58,3 +58,5 @@ void ResetModuleState() {
   CommentResetOptionRecord();
   ResetWatermarkState();
 }
+
+bool PageHookWanted() { return WatermarkWantsPageHook(); }

@@ -26,3 +26,8 @@ void OutputPSCommandFromFilter(int32_t point, int32_t page, FILE* stream);
 
 // Puts the modules' process-wide state back to its start value.
 void ResetModuleState();
+
+// Whether a module draws on every page it asks for, so that jobs which end
+// their pages in other ways than the application shape need the page-device
+// hook (injection point 40).
+bool PageHookWanted();

@@ -1,6 +1,7 @@
 #include "modules/watermark/watermark.h"
 
 #include <cstring>
+#include <string_view>
 
 #include "base/fixed_text.h"
 #include "base/job_text.h"
@@ -107,14 +108,14 @@ float Faded(float component, int32_t density) {
   return 1 - (1 - component) * (static_cast<float>(density) / 100);
 }
 
-// The lines that draw the text, after the opening line. They depend only on
-// the job's settings, the same at every page, so they are formatted once
-// (formatting the numbers was most of what a page cost) and again only if
-// the settings change.
+// The lines that draw the text, without the closing grestore. They depend
+// only on the job's settings, the same at every page, so they are formatted
+// once (formatting the numbers was most of what a page cost) and again only
+// if the settings change.
 const char* TextLines() {
   static WatermarkOptionRecord formattedFor;
   static bool formatted = false;
-  static char lines[5 * kWatermarkLineSize + sizeof "grestore\n"];
+  static char lines[5 * kWatermarkLineSize];
   const WatermarkOptionRecord& w = psOptionWatermark;
   if (formatted && std::memcmp(&formattedFor, &w, sizeof w) == 0) return lines;
 
@@ -141,7 +142,6 @@ const char* TextLines() {
   PostScriptStringToken(text, sizeof text, w.text);
   FormatText(line, sizeof line, "%s show\n", text);
   AppendText(lines, sizeof lines, line);
-  AppendText(lines, sizeof lines, "grestore\n");
   formattedFor = w;
   formatted = true;
   return lines;
@@ -150,15 +150,62 @@ const char* TextLines() {
 void DrawText(const char* opening, FILE* stream) {
   KZfprintf(stream, opening);
   KZfprintf(stream, TextLines());
+  KZfprintf(stream, "grestore\n");
+}
+
+// The page-device hook for jobs that end their pages some other way: an
+// EndPage procedure, installed once before the job's own code, draws the
+// text at every showpage of the sheet (reason 0), in the sheet's default
+// coordinates, then hands over to the EndPage it replaced. Its state lives in
+// global VM, so a page's restore does not undo the count of marked sheets or
+// the switch that turns it off. Each step is guarded: a printer without the
+// page device, or a bad font, loses the mark and never the job.
+void InstallPageHook(FILE* stream) {
+  const WatermarkOptionRecord& w = psOptionWatermark;
+  KZfprintf(stream,
+            "mark{userdict/krfWM 4 dict put krfWM begin\n"
+            "currentglobal true setglobal/state 2 dict def setglobal"
+            " state/on true put state/sheets 0 put\n");
+  KZfprintf(stream, w.onlyFirst == 0 ? "/only false def" : "/only true def");
+  KZfprintf(stream,
+            "/prev currentpagedevice/EndPage get def\n"
+            "/draw{gsave initgraphics mark{\n");
+  // A text line cut at the line size would leave its string open and take
+  // the rest of the job into it: such a text is not drawn.
+  const std::string_view lines = TextLines();
+  constexpr std::string_view kShowEnd = " show\n";
+  if (lines.size() >= kShowEnd.size() && lines.substr(lines.size() - kShowEnd.size()) == kShowEnd) {
+    KZfprintf(stream, lines.data());
+  } else {
+    fprintf(stderr, "DEBUG: The watermark text is too long to be drawn.\n");
+  }
+  KZfprintf(stream,
+            "}stopped cleartomark grestore}bind def end\n"
+            "<</EndPage{userdict/krfWM get begin dup 0 eq state/on get and"
+            "{state/sheets get dup 0 eq only not or{draw}if 1 add state exch/sheets exch put}if"
+            "/prev load end exec}bind>>systemdict/setpagedevice get exec\n"
+            "}stopped cleartomark\n");
+}
+
+// The job turned out to draw the text itself at its "ep"/"endp" lines.
+void RemovePageHook(FILE* stream) {
+  KZfprintf(stream, "userdict/krfWM known{krfWM/state get/on false put}if\n");
 }
 
 }  // namespace
 
+bool WatermarkWantsPageHook() {
+  const WatermarkOptionRecord& w = psOptionWatermark;
+  return w.name[0] != '\0' && w.type == 0;
+}
+
 void WatermarkOutputPSCommandFromFilter(int32_t point, int32_t page, FILE* stream) {
   (void)page;
   WatermarkOptionRecord& w = psOptionWatermark;
-  if (w.name[0] == '\0' || w.type != 0) return;
+  if (!WatermarkWantsPageHook()) return;
   w.options = 1;
+  if (point == kPointPageHook) return InstallPageHook(stream);
+  if (point == kPointPageHookOff) return RemovePageHook(stream);
 
   int slot = SlotOfPoint(point);
   if (slot < 0) return;

@@ -55,6 +55,10 @@ constexpr size_t kWatermarkLineSize = 100;
 // Fills psOptionWatermark from the job ticket (argument 5).
 void WatermarkGetTicketFromPDE(char* argv[]);
 
+// Whether the job has a text watermark, so that the pass-through must give
+// jobs that end their pages without "ep"/"endp" the page-device hook.
+bool WatermarkWantsPageHook();
+
 // Writes the watermark PostScript for injection point `point` to `stream`
 // through the output channel. `page` is not used.
 void WatermarkOutputPSCommandFromFilter(int32_t point, int32_t page, FILE* stream);
