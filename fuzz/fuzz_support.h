@@ -18,11 +18,7 @@
 #include <cstring>
 #include <string>
 
-#include "base/job_state.h"
 #include "job/job_flow.h"
-#include "modules/job_comments/job_comments.h"
-#include "modules/watermark/watermark.h"
-#include "platform/job_ppd.h"
 
 namespace fuzz {
 
@@ -203,10 +199,7 @@ inline std::string RunJob(const Job& job) {
   } else {
     setenv("PPD", job.ppd.c_str(), 1);
   }
-  ForgetJobPPD();
-  ResetJobState();
-  CommentResetOptionRecord();
-  ResetWatermarkState();
+  ResetProcessState();
   std::string ticket = job.ticket, user = job.user, title = job.title, file = jobFile.path();
   char name[] = "pstozpjl", id[] = "1", copies[] = "1";
   char* argv[] = {name, id, user.data(), title.data(), copies, ticket.data(), file.data(), nullptr};

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 
 // Fills all `size` bytes with NUL.
 void ZeroText(char* buffer, size_t size);
@@ -29,3 +30,9 @@ size_t AppendTextPrefix(char* buffer, size_t size, const char* source, size_t co
 // Returns the length written (after cutting).
 size_t FormatText(char* buffer, size_t size, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
+
+// True when the NUL-terminated `text` equals `word`, or begins with `prefix`.
+inline bool Equals(const char* text, const char* word) { return std::strcmp(text, word) == 0; }
+inline bool StartsWith(const char* text, const char* prefix) {
+  return std::strncmp(text, prefix, std::strlen(prefix)) == 0;
+}

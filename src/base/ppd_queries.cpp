@@ -29,10 +29,7 @@ bool PPDAttrEquals(ppd_file_t* ppd, const char* keyword, const char* value) {
 }
 
 bool IsUTF8PrinterEncoding() {
-  ppd_file_t* ppd = AcquireJobPPD();
-  bool utf8 = PPDAttrEquals(ppd, "KRPrinterLanguageEncoding", "UTF-8");
-  ReleaseJobPPD(ppd);
-  return utf8;
+  return PPDAttrEquals(JobPPD(), "KRPrinterLanguageEncoding", "UTF-8");
 }
 
 uint32_t PackSystemVersion(const char* release) {

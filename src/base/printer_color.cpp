@@ -1,7 +1,6 @@
 #include "base/printer_color.h"
 
-#include <cstring>
-
+#include "base/fixed_text.h"
 #include "base/ppd_queries.h"
 #include "platform/job_ppd.h"
 
@@ -10,41 +9,25 @@ const char* const DeviceColorModeColor = "True";
 const char* const DefaultKZColorModeBlack = "Black";
 const char* const DefaultKZColorModeColor = "Color";
 
-namespace {
-
-bool Equals(const char* text, const char* word) { return std::strcmp(text, word) == 0; }
-
-}  // namespace
-
 int IsColorDeivce() {
-  ppd_file_t* ppd = AcquireJobPPD();
+  ppd_file_t* ppd = JobPPD();
   if (ppd == nullptr) return 0;
-  int result = 0;
   ppd_attr_t* attr = ppdFindAttr_ALT(ppd, "ColorDevice");
-  if (attr != nullptr && attr->value != nullptr && !Equals(attr->value, DeviceColorModeMono)) {
-    result = Equals(attr->value, DeviceColorModeColor) ? 1 : 0;
-  }
-  ReleaseJobPPD(ppd);
-  return result;
+  if (attr == nullptr || attr->value == nullptr) return 0;
+  return Equals(attr->value, DeviceColorModeColor) ? 1 : 0;
 }
 
 int getDefaultColorMode() {
-  ppd_file_t* ppd = AcquireJobPPD();
+  ppd_file_t* ppd = JobPPD();
   if (ppd == nullptr) return 0;
-  int result = 0;
   ppd_option_t* option = ppdFindOption(ppd, "KRColorMode");
-  if (option != nullptr && !Equals(option->defchoice, DefaultKZColorModeBlack)) {
-    result = Equals(option->defchoice, DefaultKZColorModeColor) ? 1 : 0;
-  }
-  ReleaseJobPPD(ppd);
-  return result;
+  if (option == nullptr) return 0;
+  return Equals(option->defchoice, DefaultKZColorModeColor) ? 1 : 0;
 }
 
 bool PPDHasColorModeOption() {
-  ppd_file_t* ppd = AcquireJobPPD();
-  bool has = ppd != nullptr && ppdFindOption(ppd, "KRColorMode") != nullptr;
-  ReleaseJobPPD(ppd);
-  return has;
+  ppd_file_t* ppd = JobPPD();
+  return ppd != nullptr && ppdFindOption(ppd, "KRColorMode") != nullptr;
 }
 
 RenderColor DecideRenderColor(const char* colorMode) {

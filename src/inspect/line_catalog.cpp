@@ -8,7 +8,6 @@
 #include "engine/condition.h"
 #include "job/feature_insertion.h"
 #include "job/job_header.h"
-#include "job/module_dispatch.h"
 #include "modules/accounting/accounting.h"
 #include "modules/device_settings/device_settings.h"
 #include "modules/features/features.h"
@@ -538,8 +537,8 @@ bool MatchTemplate(std::string_view pattern, std::string_view line, std::string*
 }
 
 LineCatalog::LineCatalog() {
-  // The tables are bound once, as the filter binds them at start.
-  InializeDescriptionTable();
+  // Every table is a constant of the filter's library: reading them here
+  // changes no filter state.
   envelope_.uel = Expand(prtFmtTableZPJLHead);
   envelope_.jobMode = Expand(prtFmtTableZPJLJobMode);
   envelope_.enterLanguage = Expand(prtFmtTableEnterPS);

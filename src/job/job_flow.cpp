@@ -17,6 +17,12 @@
 #include "ticket/name_validation.h"
 #include "ticket/text_encoding.h"
 
+void ResetProcessState() {
+  ForgetJobPPD();
+  ResetJobState();
+  ResetModuleState();
+}
+
 void SignalHandler(int) { CancelJob = 1; }
 
 void SignalPipeHandler(int) { CancelJobForPipe = 1; }
@@ -60,10 +66,7 @@ void ReadDocumentName(char* argv[], bool utf8) {
 }
 
 bool UsesFeatureInsertionMode() {
-  ppd_file_t* ppd = AcquireJobPPD();
-  bool insertion = PPDAttrEquals(ppd, "KRPSDecompMode", "1");
-  ReleaseJobPPD(ppd);
-  return insertion;
+  return PPDAttrEquals(JobPPD(), "KRPSDecompMode", "1");
 }
 
 }  // namespace

@@ -19,15 +19,12 @@ extern const int32_t numFmtTableEnterPS;
 extern const FormatEntry prtFmtTableZPJLTrailer[];
 extern const int32_t numFmtTableZPJLTrailer;
 
-extern ParamTable symParaZPJLHead;
-extern ParamTable symParaZPJLJobMode;
-extern ParamTable symParaZPJLTrailer;
+extern const ParamTable symParaZPJLHead;
+extern const ParamTable symParaZPJLJobMode;
+extern const ParamTable symParaZPJLTrailer;
 
-// Product codes whose PPD (PCFileName) gets the version 1.3.0 job-information
-// block; ended by an empty entry.
-extern const char* const kCommentedModelList[];
-
-// Binds the frame's parameter tables (called by InializeDescriptionTable).
+// Checks the frame's constant parameter tables against their lists and
+// counts (called by InializeDescriptionTable).
 void BindFrameTables();
 
 // "@PJL SET STRINGCODESET=UTF8\n" when the PPD declares UTF-8, else nothing.

@@ -2,6 +2,7 @@
 
 #include "job/job_header.h"
 #include "modules/accounting/accounting.h"
+#include "modules/device_settings/device_settings.h"
 #include "modules/features/features.h"
 #include "modules/job_comments/job_comments.h"
 #include "modules/perfect_binding/perfect_binding.h"
@@ -38,7 +39,24 @@ void OutputZPJLCommandFromFilter(char* argv[]) {
   FeaturesOutputZPJLCommandFromFilter(argv);
 }
 
+void OutputZPJLCommandFromModules(char* argv[]) {
+  OutputZPJLCommandFromFilter(argv);
+  OutputZPJLCommandforPerfectBind();
+  OutputZPJLCommandforBooklet();
+  OutputZPJLCommandForTonerSaver();
+  OutputZPJLCommandOthers();
+  OutputZPJLCommandForSpecialPage(argv);
+  OutputZPJLCommandForJobInformation();
+}
+
 void OutputPSCommandFromFilter(int32_t point, int32_t page, FILE* stream) {
   WatermarkOutputPSCommandFromFilter(point, page, stream);
   FeaturesOutputPSCommandFromFilter(point, stream);
 }
+
+void ResetModuleState() {
+  CommentResetOptionRecord();
+  ResetWatermarkState();
+}
+
+bool PageHookWanted() { return WatermarkWantsPageHook(); }

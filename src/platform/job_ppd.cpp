@@ -20,7 +20,7 @@ CachedPPD& Cache() {
 
 }  // namespace
 
-ppd_file_t* AcquireJobPPD() {
+ppd_file_t* JobPPD() {
   const char* path = std::getenv("PPD");
   if (path == nullptr) return nullptr;
   CachedPPD& cache = Cache();
@@ -31,8 +31,6 @@ ppd_file_t* AcquireJobPPD() {
   cache.valid = true;
   return cache.ppd;
 }
-
-void ReleaseJobPPD(ppd_file_t*) {}
 
 void ForgetJobPPD() {
   CachedPPD& cache = Cache();

@@ -165,9 +165,8 @@ unsigned GetLengthOfTicketStringConvertedToPrtLangForUTF8(const char* key, int32
 unsigned GetTicketStringConvertedToPPDEncodingString(const char* key, int32_t optionCount,
                                                      cups_option_t* options, void* destination,
                                                      int32_t size) {
-  ppd_file_t* ppd = AcquireJobPPD();
+  ppd_file_t* ppd = JobPPD();
   CFStringEncoding encoding = GetCFStringSimEncodingFromPPD(ppd);
-  ReleaseJobPPD(ppd);
   char work[kWorkBufferSize];
   if (!ReadDecodedValue(key, optionCount, options, destination, size, work)) return 0;
   ConvertUTF8ToPPDEncoding(work, static_cast<char*>(destination), size, encoding);

@@ -9,7 +9,6 @@ import os
 import re
 import statistics
 import subprocess
-import tempfile
 import unittest
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
@@ -89,14 +88,6 @@ def openssl_decrypt(cipher, seeds):
 class TicketTest(unittest.TestCase):
     SEEDS = (bytes(range(32)), bytes(range(100, 132)), bytes(range(200, 216)))
 
-    def test_values_are_quoted_only_where_needed(self):
-        cases = (("plain", "a=plain"), ("1,5,9", "a=1,5,9"), ("(CONFIDENTIAL)", "a=(CONFIDENTIAL)"),
-                 ("two words", "a='two words'"), ("", "a=''"), ("it's", "a='it\\'s'"),
-                 ("back\\slash", "a='back\\\\slash'"), ("{x}", "a='{x}'"))
-        for value, text in cases:
-            with self.subTest(value=value):
-                self.assertEqual(bench.ticket_text([("a", value)]), text)
-
     def test_tickets_turn_the_modules_on(self):
         throughput = dict(bench.throughput_options())
         full = dict(bench.full_options(self.SEEDS))
@@ -113,15 +104,6 @@ class TicketTest(unittest.TestCase):
         for i in range(total):
             self.assertIn(prefix + "ZPIFCommandTicket_%d" % i, full)
 
-    def test_without_passwords_drops_exactly_the_passwords(self):
-        full = bench.full_options(self.SEEDS)
-        kept = bench.without_passwords(full)
-        dropped = [key for key, _ in full if (key, dict(full)[key]) not in kept]
-        self.assertEqual(sorted(k.rsplit(".", 1)[1] for k in dropped),
-                         ["JBAStoragePasswordTextEditTicket", "JBAUserPasswordTextEditTicket",
-                          "PrintTypePasswordTicketKey"])
-        self.assertEqual(len(kept), len(full) - 3)
-
     def test_stored_passwords_open_with_the_storage_key(self):
         import base64
         for password in ("", "4711", "secret-pass-01", "x" * 239):
@@ -130,17 +112,6 @@ class TicketTest(unittest.TestCase):
                 cipher = base64.b64decode(stored)
                 self.assertEqual(len(cipher), 16 * (len(password) // 16 + 1))
                 self.assertEqual(openssl_decrypt(cipher, self.SEEDS), password.encode())
-
-    def test_seeds_file(self):
-        with tempfile.TemporaryDirectory() as keys:
-            self.assertIsNone(bench.read_storage_seeds(keys))
-            with open(os.path.join(keys, "storage.seeds"), "w") as f:
-                f.write("".join(seed.hex() + "\n" for seed in self.SEEDS))
-            self.assertEqual(bench.read_storage_seeds(keys), self.SEEDS)
-            with open(os.path.join(keys, "storage.seeds"), "w") as f:
-                f.write("zz\n00\n00\n")
-            self.assertIsNone(bench.read_storage_seeds(keys))
-
 
 def summary(name, mb_per_s=100.0, wall=1.0, rss=8000, size=10, out=None):
     return {"name": name, "mb_per_s": mb_per_s, "wall_s_median": wall, "maxrss_kb": rss,

@@ -141,7 +141,9 @@ void CheckReportsWhatTheJobAskedFor(const RoundTrip& c) {
   FilterRun json = RunInspector({"--json", "--key", TestPrivateKeyPath2048()}, run.out);
   EXPECT_EQ(json.status, kExitWellFormed) << json.err;
   const std::string problem = SchemaProblem(json.out);
-  if (problem != "skip") EXPECT_EQ(problem, "") << json.out;
+  if (problem != "skip") {
+    EXPECT_EQ(problem, "") << json.out;
+  }
 }
 
 const std::string kHold = StoredPasswordText("quokka");
@@ -281,7 +283,8 @@ TEST(InspectEveryPrinter, RichJobOnEveryFixturePPD) {
   }
 }
 
-// Exit status 1 for broken envelopes, through the command.
+// Exit status 1 for broken envelopes, through the command (what the reports
+// say of each kind of damage is the crafted-stream table's).
 TEST(InspectCommand, BrokenStreamsAreMalformed) {
   FilterRun run = RunJob("ppd/modules-utf8.ppd", "", "");
   ASSERT_EQ(run.status, 0);
@@ -297,10 +300,6 @@ TEST(InspectCommand, BrokenStreamsAreMalformed) {
       {"whole", good, kExitWellFormed, "well-formed"},
       {"cut in the PostScript", good.substr(0, trailer - 40), kExitMalformed,
        "malformed: no trailer"},
-      {"cut in the header", good.substr(0, 60), kExitMalformed, "malformed: no language switch"},
-      {"missing trailer", good.substr(0, trailer), kExitMalformed, "malformed: no trailer"},
-      {"trailer cut short", good.substr(0, good.size() - 4), kExitMalformed,
-       "malformed: the trailer is cut short"},
       {"empty", "", kExitMalformed, "malformed: the stream is empty"},
   };
   for (const auto& c : kCases) {

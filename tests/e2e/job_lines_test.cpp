@@ -228,6 +228,14 @@ TEST(JobLines, PrintTypeAndAccounting) {
   });
 }
 
+// The page save and the text of the watermark row, before the page end
+// ("ep" saves in pgsave, "endp" in pm).
+std::string WatermarkPage(const std::string& save) {
+  return "krfbp\n" + save + " restore /" + save +
+         " save store gsave\n1.00 0.00 0.00 setrgbcolor\n/Courier 48 selectfont\n"
+         "223.40 336.34 moveto\n30 rotate\n(Draft) show\ngrestore\n";
+}
+
 TEST(JobLines, DeviceSettingsAndFinishing) {
   const char* color = "jobinfo-utf8-color.ppd";
   const char* nocomment = "utf8-nocomment.ppd";
@@ -268,6 +276,15 @@ TEST(JobLines, DeviceSettingsAndFinishing) {
       {"colour on a mono printer", "jobinfo-legacy-mono.ppd", "KRColorMode=Color",
        "@PJL SET RENDERMODE=COLOR\n@PJL COMMENT PRINTJOBINFO COLORMODE=COLOR\n"
        "-@PJL SET RENDERMODE=GRAYSCALE\n-@PJL COMMENT PRINTJOBINFO COLORMODE=GRAYSCALE\n"},
+      // The job information block: the page order of N-up by layout
+      // direction, and a binding edge that alone keeps a job one-sided (as
+      // the job without sides is).
+      {"3-up down then right", color,
+       "number-up=3 com.apple.print.PrintSettings.PMLayoutDirection..n.=5",
+       Attr("NLPP=N3") + "@PJL COMMENT PRINTJOBINFO NUP=3\n"
+                         "@PJL COMMENT PRINTJOBINFO NUPEX=DOWNTHENRIGHT\n-" + Attr("NLPP=1") +
+           "-@PJL COMMENT PRINTJOBINFO NUP=1\n-@PJL COMMENT PRINTJOBINFO ORIENTATION=PORTRAIT\n"},
+      {"binding edge 1 of unknown sides", color, "sides=other DuplexBindingEdge..n.=1", ""},
       // Finishing rows, several at once in row order.
       {"tab margin off", nocomment, "TabMarginSwitchTicket=0", Attr("TABS=OFF")},
       {"tab margin shift without switch", nocomment, "TabMarginMMShiftTicket=12", ""},
@@ -312,6 +329,18 @@ TEST(JobLines, DeviceSettingsAndFinishing) {
        Attr("FACE=UP")},
       {"coil punch, tab stock unknown", nocomment, coil + "featuresMediaTypeTabTicket=", ""},
       {"eject option out of range", nocomment, "EjectOptionsListTicket=6", ""},
+      // Only a named text watermark is drawn.
+      {"text watermark", nocomment,
+       "WMARKNameTicket=w WMARKTypeTicket=0 WMARKTextTicket=(Draft) WMARKFontTicket=Courier "
+       "WMARKFontSizeTicket=48 WMARKAngleTicket=30 WMARKDensityTicket=50 WMARKOnlyFirstTicket=0 "
+       "WMARKColorRTicket=1.0 WMARKOrientationTicket=1 WMARKPaperWidthTicket=612 "
+       "WMARKPaperHeightTicket=792 WMARKWidthTicket=200 WMARKHeightTicket=20",
+       "userdict/krfInfo 2 dict dup begin\n/krfpgsave 0 def\n"
+       "/krfbp{/krfpgsave save restore} bind def\n" +
+           WatermarkPage("pgsave") + WatermarkPage("pm")},
+      {"watermark without a name", nocomment, "WMARKTypeTicket=0 WMARKTextTicket=(Draft)", ""},
+      {"watermark that is no text", nocomment,
+       "WMARKNameTicket=w WMARKTypeTicket=1 WMARKTextTicket=(Draft)", ""},
       // Booklet direction by layout and orientation; binding and division.
       {"booklet, 2-up turns the sheet", nocomment, "number-up=2",
        Attr("NLPP=N2") + Attr("DIND=LANDSCAPE") + "-" + Attr("NLPP=1") + "-" +

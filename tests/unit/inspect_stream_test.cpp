@@ -112,6 +112,14 @@ TEST(InspectStream, ReportsSayWhatIsThere) {
        Stream("", "%!PS\n[{\n%%BeginNonPPDFeatures\n1 dict dup/SeparatorPages[1]put/Custom/ProcSet "
                   "findresource/setcoverseparator get exec\n%%EndNonPPDFeatures\nep\n\x04"),
        false, {"separator pages: pages 1 (incomplete: a line of it was cut)"}},
+      // A cut watermark text ends at its grestore only within a few lines;
+      // what follows is read on its own.
+      {"a watermark text cut short",
+       Stream("", "%!PS\nbp\npgsave restore /pgsave save store gsave\n1.00 0.00 0.00 setrgbcolor\n"
+                  "cut\nx\nx\nx\nx\nx\nkrfbp\nx\nx\ngrestore\nep\n\x04"),
+       false,
+       {"line 3      watermark text: colour 1.00 0.00 0.00 (incomplete: a line of it was cut)\n"
+        "    line 11     watermark page setup\n"}},
       {"groups out of order", Stream(Attr("CNAM", "h") + "@PJL SET HOLD=STORE\n"), false,
        {"a print type line after the accounting lines"}},
       {"information block", Stream(info + "VERSION=1.3.0\n" + info + "BEGIN\n" + info + "END\n"),

@@ -11,17 +11,11 @@
 #include "modules/job_comments/job_comments.h"
 #include "platform/job_ppd.h"
 
-namespace {
-
-constexpr size_t kDeviceLineSize = 100;
-
-bool Equals(const char* text, const char* word) { return std::strcmp(text, word) == 0; }
-
-}  // namespace
-
 // ---- Header lines -------------------------------------------------------------
 
 namespace {
+
+constexpr size_t kDeviceLineSize = 100;
 
 // The reduction-rate choices carry a fixed seven-character prefix before the rate.
 constexpr size_t kReductionRatePrefixLength = 7;

@@ -1,14 +1,18 @@
 #include "modules/features/features.h"
 
+#include <array>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "base/fixed_text.h"
 #include "base/job_state.h"
 #include "base/job_text.h"
 #include "base/output_channel.h"
 #include "base/ppd_queries.h"
+#include "engine/injection_point.h"
 #include "engine/row_writer.h"
+#include "engine/table_rows.h"
 #include "modules/job_comments/job_comments.h"
 
 FeaturesOptionRecord zpjlOptionFeatures;
@@ -53,53 +57,41 @@ const char* const mediaTypeA5 = "A5";
 
 namespace {
 
-constexpr int32_t kIntSize = sizeof(int32_t);
 constexpr FeaturesOptionRecord& F = zpjlOptionFeatures;
+
+constexpr TicketRow kTicketRows[] = {
+    Row(JTZ_KEY("TabMarginSwitchTicket"), F.tabMarginSwitch, TicketRead::Integer),
+    Row(JTZ_KEY("TrimmerSwitchTicket"), F.trimmerSwitch, TicketRead::Integer),
+    Row(ETZ_KEY("TrimmerSelectTicket"), F.trimmerSelect, TicketRead::Integer),
+    Row(JTZ_KEY("BookletMarginSwitchTicket"), F.bookletMarginSwitch, TicketRead::Integer),
+    Row(JTZ_KEY("TabMarginMMShiftTicket"), F.tabMarginShift, TicketRead::Text),
+    Row(JTZ_KEY("TrimmerMMCuttingSizeTicket"), F.trimmerCuttingSize, TicketRead::Text),
+    Row(ETZ_KEY("TrimmerWidthMMSizeTicket"), F.trimmerWidth, TicketRead::Text),
+    Row(ETZ_KEY("TrimmerHeightMMSizeTicket"), F.trimmerHeight, TicketRead::Text),
+    Row(ETZ_KEY("TrimmerAdjustMMSizeTicket"), F.trimmerAdjust, TicketRead::Text),
+    Row(JTZ_KEY("NumInSequenceSwitchTicket"), F.numInSequenceSwitch, TicketRead::Integer),
+    Row(JTZ_KEY("NumInSequenceLArrowTicket"), F.numInSequenceStart, TicketRead::Text),
+    Row(JTZ_KEY("OffsetStackingListTicket"), F.offsetStackingList, TicketRead::Integer),
+    Row(JTZ_KEY("OffsetStackingPagesLArrowTicket"), F.offsetStackingPages, TicketRead::Text),
+    Row(JTZ_KEY("OffsetStackingUnitsLArrowTicket"), F.offsetStackingUnits, TicketRead::Text),
+    Row(JTZ_KEY("SeparatorPageListTicket"), F.separatorPagesList, TicketRead::Integer),
+    Row(JTZ_KEY("SeparatorPageTicket"), F.separatorPages, TicketRead::Text),
+    Row(JTZ_KEY("AutoFitSwitchTicket"), F.autoFitSwitch, TicketRead::Integer),
+    Row(JTZ_KEY("BookletMarginMMShiftTicket"), F.bookletMarginShift, TicketRead::Text),
+    Row(JTZ_KEY("EjectOptionsListTicket"), F.ejectOptions, TicketRead::Integer),
+    Row("media", F.media, TicketRead::Text),
+    Row(ETZ_KEY("whetherMediaSizeA5Ticket"), F.specialPagesA5, TicketRead::Integer),
+    Row("KRNumPunchHoles", F.punchHoles, TicketRead::Text),
+    Row(JTZ_KEY("featuresMediaTypeTabTicket"), F.featuresMediaTypeTab, TicketRead::Text),
+    Row(JTZ_KEY("CoilPunchFaceTicket"), F.coilPunchFace, TicketRead::Text),
+    Row(JTZ_KEY("whetherMediaTypeTabTicket"), F.specialPagesMediaTab, TicketRead::Integer),
+};
+constexpr auto kBindings = MakeBindings(kTicketRows, false);
 
 }  // namespace
 
-// clang-format off
-const TicketBinding FeaturesticketData[] = {
-    {JTZ_KEY("TabMarginSwitchTicket"), &F.tabMarginSwitch, kIntSize, GetTicketInteger},
-    {JTZ_KEY("TrimmerSwitchTicket"), &F.trimmerSwitch, kIntSize, GetTicketInteger},
-    {ETZ_KEY("TrimmerSelectTicket"), &F.trimmerSelect, kIntSize, GetTicketInteger},
-    {JTZ_KEY("BookletMarginSwitchTicket"), &F.bookletMarginSwitch, kIntSize, GetTicketInteger},
-    {JTZ_KEY("TabMarginMMShiftTicket"), F.tabMarginShift, kFeaturesMMSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("TrimmerMMCuttingSizeTicket"), F.trimmerCuttingSize, kFeaturesMMSize,
-     GetTicketStringConvertedToPrtLang},
-    {ETZ_KEY("TrimmerWidthMMSizeTicket"), F.trimmerWidth, kFeaturesMMSize,
-     GetTicketStringConvertedToPrtLang},
-    {ETZ_KEY("TrimmerHeightMMSizeTicket"), F.trimmerHeight, kFeaturesMMSize,
-     GetTicketStringConvertedToPrtLang},
-    {ETZ_KEY("TrimmerAdjustMMSizeTicket"), F.trimmerAdjust, kFeaturesMMSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("NumInSequenceSwitchTicket"), &F.numInSequenceSwitch, kIntSize, GetTicketInteger},
-    {JTZ_KEY("NumInSequenceLArrowTicket"), F.numInSequenceStart, kFeaturesMMSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("OffsetStackingListTicket"), &F.offsetStackingList, kIntSize, GetTicketInteger},
-    {JTZ_KEY("OffsetStackingPagesLArrowTicket"), F.offsetStackingPages, kFeaturesCountSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("OffsetStackingUnitsLArrowTicket"), F.offsetStackingUnits, kFeaturesCountSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("SeparatorPageListTicket"), &F.separatorPagesList, kIntSize, GetTicketInteger},
-    {JTZ_KEY("SeparatorPageTicket"), F.separatorPages, kFeaturesTextSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("AutoFitSwitchTicket"), &F.autoFitSwitch, kIntSize, GetTicketInteger},
-    {JTZ_KEY("BookletMarginMMShiftTicket"), F.bookletMarginShift, kFeaturesMMSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("EjectOptionsListTicket"), &F.ejectOptions, kIntSize, GetTicketInteger},
-    {"media", F.media, kFeaturesTextSize, GetTicketStringConvertedToPrtLang},
-    {ETZ_KEY("whetherMediaSizeA5Ticket"), &F.specialPagesA5, kIntSize, GetTicketInteger},
-    {"KRNumPunchHoles", F.punchHoles, kFeaturesTextSize, GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("featuresMediaTypeTabTicket"), F.featuresMediaTypeTab, kFeaturesTextSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("CoilPunchFaceTicket"), F.coilPunchFace, kFeaturesTextSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("whetherMediaTypeTabTicket"), &F.specialPagesMediaTab, kIntSize, GetTicketInteger},
-};
-// clang-format on
-const int32_t FeaturesticketDataNum = sizeof FeaturesticketData / sizeof FeaturesticketData[0];
+const TicketBinding* const FeaturesticketData = kBindings.data();
+const int32_t FeaturesticketDataNum = static_cast<int32_t>(kBindings.size());
 
 void FeaturesGetTicketFromPDE(char* argv[]) {
   GetTicketFromArray(argv, FeaturesticketData, FeaturesticketDataNum);
@@ -130,237 +122,208 @@ const char prtfmtStrFeaturesFaceUpReverse[] = "@PJL SET JOBATTR=%c@FACE=UP_REVER
 
 // Parameter lists: quote, value, quote, line feed for a row with a value;
 // quote, quote, line feed for a fixed row; line feed alone for plain PJL.
-const ParamPointer cmdParaListFeaturesFixed[] = {&CTRLSym_DOUBLE, &CTRLSym_DOUBLE, &CTRLSym_LF};
-const int32_t cmdParaNumFeaturesFixed = 3;
-const ParamPointer cmdParaListFeaturesLineEnd[] = {&CTRLSym_LF};
-const int32_t cmdParaNumFeaturesLineEnd = 1;
-const int32_t cmdParaNumFeaturesValue = 4;
+constexpr ParamPointer cmdParaListFeaturesFixed[] = {&CTRLSym_DOUBLE, &CTRLSym_DOUBLE, &CTRLSym_LF};
+constexpr int32_t cmdParaNumFeaturesFixed = 3;
+constexpr ParamPointer cmdParaListFeaturesLineEnd[] = {&CTRLSym_LF};
+constexpr int32_t cmdParaNumFeaturesLineEnd = 1;
+constexpr int32_t cmdParaNumFeaturesValue = 4;
 
-#define FEATURES_VALUE_LIST(name, field)                                                       \
-  const ParamPointer cmdParaListFeatures##name[] = {&CTRLSym_DOUBLE, F.field, &CTRLSym_DOUBLE, \
-                                                    &CTRLSym_LF}
+constexpr ParamPointer cmdParaListFeaturesTabMarginShift[] = {
+    &CTRLSym_DOUBLE, F.tabMarginShift, &CTRLSym_DOUBLE, &CTRLSym_LF};
+constexpr ParamPointer cmdParaListFeaturesTrimmerCuttingSize[] = {
+    &CTRLSym_DOUBLE, F.trimmerCuttingSize, &CTRLSym_DOUBLE, &CTRLSym_LF};
+constexpr ParamPointer cmdParaListFeaturesTrimmerWidth[] = {
+    &CTRLSym_DOUBLE, F.trimmerWidth, &CTRLSym_DOUBLE, &CTRLSym_LF};
+constexpr ParamPointer cmdParaListFeaturesTrimmerHeight[] = {
+    &CTRLSym_DOUBLE, F.trimmerHeight, &CTRLSym_DOUBLE, &CTRLSym_LF};
+constexpr ParamPointer cmdParaListFeaturesTrimmerAdjust[] = {
+    &CTRLSym_DOUBLE, F.trimmerAdjust, &CTRLSym_DOUBLE, &CTRLSym_LF};
+constexpr ParamPointer cmdParaListFeaturesNumInSequenceStart[] = {
+    &CTRLSym_DOUBLE, F.numInSequenceStart, &CTRLSym_DOUBLE, &CTRLSym_LF};
+constexpr ParamPointer cmdParaListFeaturesOffsetStackingPages[] = {
+    &CTRLSym_DOUBLE, F.offsetStackingPages, &CTRLSym_DOUBLE, &CTRLSym_LF};
+constexpr ParamPointer cmdParaListFeaturesOffsetStackingUnits[] = {
+    &CTRLSym_DOUBLE, F.offsetStackingUnits, &CTRLSym_DOUBLE, &CTRLSym_LF};
 
-FEATURES_VALUE_LIST(TabMarginShift, tabMarginShift);
-FEATURES_VALUE_LIST(TrimmerCuttingSize, trimmerCuttingSize);
-FEATURES_VALUE_LIST(TrimmerWidth, trimmerWidth);
-FEATURES_VALUE_LIST(TrimmerHeight, trimmerHeight);
-FEATURES_VALUE_LIST(TrimmerAdjust, trimmerAdjust);
-FEATURES_VALUE_LIST(NumInSequenceStart, numInSequenceStart);
-FEATURES_VALUE_LIST(OffsetStackingPages, offsetStackingPages);
-FEATURES_VALUE_LIST(OffsetStackingUnits, offsetStackingUnits);
-
-#undef FEATURES_VALUE_LIST
-
-// Condition items. An integer item compares a record field with an option
-// code; a string item's reference is the cell of a reference string.
-#define INT_IS(field, code) \
-  { &F.field, &code, IntCampareFunc }
-#define STR_EQUALS(field, cell) \
-  { F.field, &cell, StrEqualCampareFunc }
-#define STR_CONTAINS(field, cell) \
-  { F.field, &cell, StrContainCampareFunc }
-#define STR_NOT_CONTAINS(field, cell) \
-  { F.field, &cell, StrNotContainCampareFunc }
-
+// Condition items: an integer item compares a record field with an option
+// code; a text item's reference is the cell of a reference string.
 // clang-format off
-const ConditionItem comparationItemFeaturesTabMarginOff[] = {
-    INT_IS(tabMarginSwitch, OptionTabMarginNone)};
-const ConditionItem comparationItemFeaturesTabMarginOn[] = {
-    INT_IS(tabMarginSwitch, OptionTabMargin)};
-const ConditionItem comparationItemFeaturesTrimmerOff[] = {
-    INT_IS(trimmerSwitch, OptionTrimmerNone)};
-const ConditionItem comparationItemFeaturesTrimmerOn[] = {INT_IS(trimmerSwitch, OptionTrimmer)};
-const ConditionItem comparationItemFeaturesSelectFore[] = {INT_IS(trimmerSelect, SelectTrimmer)};
-const ConditionItem comparationItemFeaturesSelectTopLower[] = {
-    INT_IS(trimmerSelect, SelectTrimmerTopLower)};
-const ConditionItem comparationItemFeaturesNumberingOff[] = {
-    INT_IS(numInSequenceSwitch, OptionNumInSequenceNone)};
-const ConditionItem comparationItemFeaturesNumberingOn[] = {
-    INT_IS(numInSequenceSwitch, OptionNumInSequence)};
-const ConditionItem comparationItemFeaturesOffsetByPages[] = {
-    INT_IS(offsetStackingList, OptionOffsetStackingEndOfSetPage)};
-const ConditionItem comparationItemFeaturesOffsetByCopies[] = {
-    INT_IS(offsetStackingList, OptionOffsetStackingEndOfSetCopy)};
-const ConditionItem comparationItemFeaturesEjectDown[] = {INT_IS(ejectOptions, EjectOptionsDown)};
-const ConditionItem comparationItemFeaturesEjectUp[] = {INT_IS(ejectOptions, EjectOptionsUp)};
-const ConditionItem comparationItemFeaturesEjectDownReverse[] = {
-    INT_IS(ejectOptions, EjectOptionsDownReverse)};
-const ConditionItem comparationItemFeaturesEjectUpReverse[] = {
-    INT_IS(ejectOptions, EjectOptionsUpReverse)};
+constexpr ConditionItem comparationItemFeaturesTabMarginOff[] = {
+    Is(F.tabMarginSwitch, OptionTabMarginNone)};
+constexpr ConditionItem comparationItemFeaturesTabMarginOn[] = {
+    Is(F.tabMarginSwitch, OptionTabMargin)};
+constexpr ConditionItem comparationItemFeaturesTrimmerOff[] = {
+    Is(F.trimmerSwitch, OptionTrimmerNone)};
+constexpr ConditionItem comparationItemFeaturesTrimmerOn[] = {Is(F.trimmerSwitch, OptionTrimmer)};
+constexpr ConditionItem comparationItemFeaturesSelectFore[] = {Is(F.trimmerSelect, SelectTrimmer)};
+constexpr ConditionItem comparationItemFeaturesSelectTopLower[] = {
+    Is(F.trimmerSelect, SelectTrimmerTopLower)};
+constexpr ConditionItem comparationItemFeaturesNumberingOff[] = {
+    Is(F.numInSequenceSwitch, OptionNumInSequenceNone)};
+constexpr ConditionItem comparationItemFeaturesNumberingOn[] = {
+    Is(F.numInSequenceSwitch, OptionNumInSequence)};
+constexpr ConditionItem comparationItemFeaturesOffsetByPages[] = {
+    Is(F.offsetStackingList, OptionOffsetStackingEndOfSetPage)};
+constexpr ConditionItem comparationItemFeaturesOffsetByCopies[] = {
+    Is(F.offsetStackingList, OptionOffsetStackingEndOfSetCopy)};
+constexpr ConditionItem comparationItemFeaturesEjectDown[] = {Is(F.ejectOptions, EjectOptionsDown)};
+constexpr ConditionItem comparationItemFeaturesEjectUp[] = {Is(F.ejectOptions, EjectOptionsUp)};
+constexpr ConditionItem comparationItemFeaturesEjectDownReverse[] = {
+    Is(F.ejectOptions, EjectOptionsDownReverse)};
+constexpr ConditionItem comparationItemFeaturesEjectUpReverse[] = {
+    Is(F.ejectOptions, EjectOptionsUpReverse)};
 
 // Coil punching with the coil face on: OFF only without any tab stock or
 // A5 involvement, UP as soon as the job or its special pages use either.
-const ConditionItem comparationItemFeaturesFaceOffCoilPlain[] = {
-    INT_IS(ejectOptions, EjectOptionsOff),
-    STR_CONTAINS(punchHoles, punchHoleCoil),
-    STR_EQUALS(featuresMediaTypeTab, mediaTypeNoTab),
-    INT_IS(specialPagesMediaTab, specialPagesMediaNoTab),
-    STR_EQUALS(coilPunchFace, coilPunchFaceOn),
-    STR_NOT_CONTAINS(media, mediaTypeA5),
-    INT_IS(specialPagesA5, specialPagesMediasizeNoA5)};
-const ConditionItem comparationItemFeaturesFaceOffNoCoil[] = {
-    INT_IS(ejectOptions, EjectOptionsOff),
-    STR_NOT_CONTAINS(punchHoles, punchHoleCoil),
-    STR_EQUALS(coilPunchFace, coilPunchFaceOn)};
-const ConditionItem comparationItemFeaturesFaceOffCoilFaceOff[] = {
-    INT_IS(ejectOptions, EjectOptionsOff),
-    STR_EQUALS(coilPunchFace, coilPunchFaceOff)};
-const ConditionItem comparationItemFeaturesFaceUpMediaA5[] = {
-    INT_IS(ejectOptions, EjectOptionsOff),
-    STR_CONTAINS(punchHoles, punchHoleCoil),
-    STR_EQUALS(featuresMediaTypeTab, mediaTypeNoTab),
-    INT_IS(specialPagesMediaTab, specialPagesMediaNoTab),
-    STR_CONTAINS(media, mediaTypeA5),
-    INT_IS(specialPagesA5, specialPagesMediasizeNoA5),
-    STR_EQUALS(coilPunchFace, coilPunchFaceOn)};
-const ConditionItem comparationItemFeaturesFaceUpSpecialA5[] = {
-    INT_IS(ejectOptions, EjectOptionsOff),
-    STR_CONTAINS(punchHoles, punchHoleCoil),
-    STR_EQUALS(featuresMediaTypeTab, mediaTypeNoTab),
-    INT_IS(specialPagesMediaTab, specialPagesMediaNoTab),
-    STR_NOT_CONTAINS(media, mediaTypeA5),
-    INT_IS(specialPagesA5, specialPagesMediasizeA5),
-    STR_EQUALS(coilPunchFace, coilPunchFaceOn)};
-const ConditionItem comparationItemFeaturesFaceUpBothA5[] = {
-    INT_IS(ejectOptions, EjectOptionsOff),
-    STR_CONTAINS(punchHoles, punchHoleCoil),
-    STR_EQUALS(featuresMediaTypeTab, mediaTypeNoTab),
-    INT_IS(specialPagesMediaTab, specialPagesMediaNoTab),
-    STR_CONTAINS(media, mediaTypeA5),
-    INT_IS(specialPagesA5, specialPagesMediasizeA5),
-    STR_EQUALS(coilPunchFace, coilPunchFaceOn)};
-const ConditionItem comparationItemFeaturesFaceUpMediaTab[] = {
-    INT_IS(ejectOptions, EjectOptionsOff),
-    STR_CONTAINS(punchHoles, punchHoleCoil),
-    STR_EQUALS(featuresMediaTypeTab, mediaTypeIsTab),
-    INT_IS(specialPagesMediaTab, specialPagesMediaNoTab),
-    STR_EQUALS(coilPunchFace, coilPunchFaceOn)};
-const ConditionItem comparationItemFeaturesFaceUpSpecialTab[] = {
-    INT_IS(ejectOptions, EjectOptionsOff),
-    STR_CONTAINS(punchHoles, punchHoleCoil),
-    STR_EQUALS(featuresMediaTypeTab, mediaTypeNoTab),
-    INT_IS(specialPagesMediaTab, specialPagesMediaTab),
-    STR_EQUALS(coilPunchFace, coilPunchFaceOn)};
-const ConditionItem comparationItemFeaturesFaceUpBothTab[] = {
-    INT_IS(ejectOptions, EjectOptionsOff),
-    STR_CONTAINS(punchHoles, punchHoleCoil),
-    STR_EQUALS(featuresMediaTypeTab, mediaTypeIsTab),
-    INT_IS(specialPagesMediaTab, specialPagesMediaTab),
-    STR_EQUALS(coilPunchFace, coilPunchFaceOn)};
+constexpr ConditionItem comparationItemFeaturesFaceOffCoilPlain[] = {
+    Is(F.ejectOptions, EjectOptionsOff),
+    Contains(F.punchHoles, punchHoleCoil),
+    TextIs(F.featuresMediaTypeTab, mediaTypeNoTab),
+    Is(F.specialPagesMediaTab, specialPagesMediaNoTab),
+    TextIs(F.coilPunchFace, coilPunchFaceOn),
+    NotContains(F.media, mediaTypeA5),
+    Is(F.specialPagesA5, specialPagesMediasizeNoA5)};
+constexpr ConditionItem comparationItemFeaturesFaceOffNoCoil[] = {
+    Is(F.ejectOptions, EjectOptionsOff),
+    NotContains(F.punchHoles, punchHoleCoil),
+    TextIs(F.coilPunchFace, coilPunchFaceOn)};
+constexpr ConditionItem comparationItemFeaturesFaceOffCoilFaceOff[] = {
+    Is(F.ejectOptions, EjectOptionsOff),
+    TextIs(F.coilPunchFace, coilPunchFaceOff)};
+constexpr ConditionItem comparationItemFeaturesFaceUpMediaA5[] = {
+    Is(F.ejectOptions, EjectOptionsOff),
+    Contains(F.punchHoles, punchHoleCoil),
+    TextIs(F.featuresMediaTypeTab, mediaTypeNoTab),
+    Is(F.specialPagesMediaTab, specialPagesMediaNoTab),
+    Contains(F.media, mediaTypeA5),
+    Is(F.specialPagesA5, specialPagesMediasizeNoA5),
+    TextIs(F.coilPunchFace, coilPunchFaceOn)};
+constexpr ConditionItem comparationItemFeaturesFaceUpSpecialA5[] = {
+    Is(F.ejectOptions, EjectOptionsOff),
+    Contains(F.punchHoles, punchHoleCoil),
+    TextIs(F.featuresMediaTypeTab, mediaTypeNoTab),
+    Is(F.specialPagesMediaTab, specialPagesMediaNoTab),
+    NotContains(F.media, mediaTypeA5),
+    Is(F.specialPagesA5, specialPagesMediasizeA5),
+    TextIs(F.coilPunchFace, coilPunchFaceOn)};
+constexpr ConditionItem comparationItemFeaturesFaceUpBothA5[] = {
+    Is(F.ejectOptions, EjectOptionsOff),
+    Contains(F.punchHoles, punchHoleCoil),
+    TextIs(F.featuresMediaTypeTab, mediaTypeNoTab),
+    Is(F.specialPagesMediaTab, specialPagesMediaNoTab),
+    Contains(F.media, mediaTypeA5),
+    Is(F.specialPagesA5, specialPagesMediasizeA5),
+    TextIs(F.coilPunchFace, coilPunchFaceOn)};
+constexpr ConditionItem comparationItemFeaturesFaceUpMediaTab[] = {
+    Is(F.ejectOptions, EjectOptionsOff),
+    Contains(F.punchHoles, punchHoleCoil),
+    TextIs(F.featuresMediaTypeTab, mediaTypeIsTab),
+    Is(F.specialPagesMediaTab, specialPagesMediaNoTab),
+    TextIs(F.coilPunchFace, coilPunchFaceOn)};
+constexpr ConditionItem comparationItemFeaturesFaceUpSpecialTab[] = {
+    Is(F.ejectOptions, EjectOptionsOff),
+    Contains(F.punchHoles, punchHoleCoil),
+    TextIs(F.featuresMediaTypeTab, mediaTypeNoTab),
+    Is(F.specialPagesMediaTab, specialPagesMediaTab),
+    TextIs(F.coilPunchFace, coilPunchFaceOn)};
+constexpr ConditionItem comparationItemFeaturesFaceUpBothTab[] = {
+    Is(F.ejectOptions, EjectOptionsOff),
+    Contains(F.punchHoles, punchHoleCoil),
+    TextIs(F.featuresMediaTypeTab, mediaTypeIsTab),
+    Is(F.specialPagesMediaTab, specialPagesMediaTab),
+    TextIs(F.coilPunchFace, coilPunchFaceOn)};
 // clang-format on
 
-#undef INT_IS
-#undef STR_EQUALS
-#undef STR_CONTAINS
-#undef STR_NOT_CONTAINS
-
-// One header row before binding: its format, parameter list and condition items.
-struct FeaturesRowSource {
+// One header row: its format, its parameter table with the count its kind
+// states, and its condition table.
+struct FeaturesRow {
   const char* format;
-  const ParamPointer* params;
-  int32_t paramCount;
-  const ConditionItem* conditions;
-  int32_t conditionCount;
+  ParamTable params;
+  int32_t statedCount;
+  ConditionTable conditions;
 };
 
-template <size_t N>
-constexpr int32_t CountOf(const ConditionItem (&)[N]) {
-  return static_cast<int32_t>(N);
+template <size_t P, size_t N>
+constexpr FeaturesRow ValueRow(const char* format, const ParamPointer (&list)[P],
+                               const ConditionItem (&items)[N]) {
+  return {format, Params(list), cmdParaNumFeaturesValue, Conditions(items)};
 }
-
-#define ROW_VALUE(format, list, items) \
-  { format, cmdParaListFeatures##list, cmdParaNumFeaturesValue, items, CountOf(items) }
-#define ROW_FIXED(format, items) \
-  { format, cmdParaListFeaturesFixed, cmdParaNumFeaturesFixed, items, CountOf(items) }
-#define ROW_PLAIN(format, items) \
-  { format, cmdParaListFeaturesLineEnd, cmdParaNumFeaturesLineEnd, items, CountOf(items) }
+template <size_t N>
+constexpr FeaturesRow FixedRow(const char* format, const ConditionItem (&items)[N]) {
+  return {format, Params(cmdParaListFeaturesFixed), cmdParaNumFeaturesFixed, Conditions(items)};
+}
+template <size_t N>
+constexpr FeaturesRow PlainRow(const char* format, const ConditionItem (&items)[N]) {
+  return {format, Params(cmdParaListFeaturesLineEnd), cmdParaNumFeaturesLineEnd,
+          Conditions(items)};
+}
 
 // With the trimmer on and selection 2, rows 4 and 5 both hold: the same
 // @TRMR line is written twice, deliberately.
 // clang-format off
-constexpr FeaturesRowSource kFeaturesRows[] = {
-    ROW_FIXED(prtfmtStrFeaturesTabsOff, comparationItemFeaturesTabMarginOff),
-    ROW_VALUE(prtfmtStrFeaturesTabs, TabMarginShift, comparationItemFeaturesTabMarginOn),
-    ROW_FIXED(prtfmtStrFeaturesTrimmerOff, comparationItemFeaturesTrimmerOff),
-    ROW_VALUE(prtfmtStrFeaturesTrimmer, TrimmerCuttingSize, comparationItemFeaturesTrimmerOn),
-    ROW_VALUE(prtfmtStrFeaturesTrimmer, TrimmerCuttingSize, comparationItemFeaturesSelectFore),
-    ROW_VALUE(prtfmtStrFeaturesTrimmer, TrimmerWidth, comparationItemFeaturesSelectTopLower),
-    ROW_VALUE(prtfmtStrFeaturesTrimmerFore, TrimmerHeight, comparationItemFeaturesSelectTopLower),
-    ROW_FIXED(prtfmtStrFeaturesTrimmerForeOff, comparationItemFeaturesSelectFore),
-    ROW_VALUE(prtfmtStrFeaturesTrimmerAdjust, TrimmerAdjust,
-              comparationItemFeaturesSelectTopLower),
-    ROW_FIXED(prtfmtStrFeaturesTrimmerAdjustOff, comparationItemFeaturesSelectFore),
-    ROW_FIXED(prtfmtStrFeaturesNumberingOff, comparationItemFeaturesNumberingOff),
-    ROW_VALUE(prtfmtStrFeaturesNumbering, NumInSequenceStart, comparationItemFeaturesNumberingOn),
-    ROW_PLAIN(prtfmtStrFeaturesOffsetPages, comparationItemFeaturesOffsetByPages),
-    ROW_PLAIN(prtfmtStrFeaturesOffsetCopies, comparationItemFeaturesOffsetByCopies),
-    ROW_VALUE(prtfmtStrFeaturesOffsetCount, OffsetStackingPages,
-              comparationItemFeaturesOffsetByPages),
-    ROW_VALUE(prtfmtStrFeaturesOffsetCount, OffsetStackingUnits,
-              comparationItemFeaturesOffsetByCopies),
-    ROW_FIXED(prtfmtStrFeaturesFaceOff, comparationItemFeaturesFaceOffCoilPlain),
-    ROW_FIXED(prtfmtStrFeaturesFaceOff, comparationItemFeaturesFaceOffNoCoil),
-    ROW_FIXED(prtfmtStrFeaturesFaceOff, comparationItemFeaturesFaceOffCoilFaceOff),
-    ROW_FIXED(prtfmtStrFeaturesFaceDown, comparationItemFeaturesEjectDown),
-    ROW_FIXED(prtfmtStrFeaturesFaceUp, comparationItemFeaturesEjectUp),
-    ROW_FIXED(prtfmtStrFeaturesFaceDownReverse, comparationItemFeaturesEjectDownReverse),
-    ROW_FIXED(prtfmtStrFeaturesFaceUpReverse, comparationItemFeaturesEjectUpReverse),
-    ROW_FIXED(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpMediaA5),
-    ROW_FIXED(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpSpecialA5),
-    ROW_FIXED(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpBothA5),
-    ROW_FIXED(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpMediaTab),
-    ROW_FIXED(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpSpecialTab),
-    ROW_FIXED(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpBothTab),
+constexpr FeaturesRow kFeaturesRows[] = {
+    FixedRow(prtfmtStrFeaturesTabsOff, comparationItemFeaturesTabMarginOff),
+    ValueRow(prtfmtStrFeaturesTabs, cmdParaListFeaturesTabMarginShift,
+             comparationItemFeaturesTabMarginOn),
+    FixedRow(prtfmtStrFeaturesTrimmerOff, comparationItemFeaturesTrimmerOff),
+    ValueRow(prtfmtStrFeaturesTrimmer, cmdParaListFeaturesTrimmerCuttingSize,
+             comparationItemFeaturesTrimmerOn),
+    ValueRow(prtfmtStrFeaturesTrimmer, cmdParaListFeaturesTrimmerCuttingSize,
+             comparationItemFeaturesSelectFore),
+    ValueRow(prtfmtStrFeaturesTrimmer, cmdParaListFeaturesTrimmerWidth,
+             comparationItemFeaturesSelectTopLower),
+    ValueRow(prtfmtStrFeaturesTrimmerFore, cmdParaListFeaturesTrimmerHeight,
+             comparationItemFeaturesSelectTopLower),
+    FixedRow(prtfmtStrFeaturesTrimmerForeOff, comparationItemFeaturesSelectFore),
+    ValueRow(prtfmtStrFeaturesTrimmerAdjust, cmdParaListFeaturesTrimmerAdjust,
+             comparationItemFeaturesSelectTopLower),
+    FixedRow(prtfmtStrFeaturesTrimmerAdjustOff, comparationItemFeaturesSelectFore),
+    FixedRow(prtfmtStrFeaturesNumberingOff, comparationItemFeaturesNumberingOff),
+    ValueRow(prtfmtStrFeaturesNumbering, cmdParaListFeaturesNumInSequenceStart,
+             comparationItemFeaturesNumberingOn),
+    PlainRow(prtfmtStrFeaturesOffsetPages, comparationItemFeaturesOffsetByPages),
+    PlainRow(prtfmtStrFeaturesOffsetCopies, comparationItemFeaturesOffsetByCopies),
+    ValueRow(prtfmtStrFeaturesOffsetCount, cmdParaListFeaturesOffsetStackingPages,
+             comparationItemFeaturesOffsetByPages),
+    ValueRow(prtfmtStrFeaturesOffsetCount, cmdParaListFeaturesOffsetStackingUnits,
+             comparationItemFeaturesOffsetByCopies),
+    FixedRow(prtfmtStrFeaturesFaceOff, comparationItemFeaturesFaceOffCoilPlain),
+    FixedRow(prtfmtStrFeaturesFaceOff, comparationItemFeaturesFaceOffNoCoil),
+    FixedRow(prtfmtStrFeaturesFaceOff, comparationItemFeaturesFaceOffCoilFaceOff),
+    FixedRow(prtfmtStrFeaturesFaceDown, comparationItemFeaturesEjectDown),
+    FixedRow(prtfmtStrFeaturesFaceUp, comparationItemFeaturesEjectUp),
+    FixedRow(prtfmtStrFeaturesFaceDownReverse, comparationItemFeaturesEjectDownReverse),
+    FixedRow(prtfmtStrFeaturesFaceUpReverse, comparationItemFeaturesEjectUpReverse),
+    FixedRow(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpMediaA5),
+    FixedRow(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpSpecialA5),
+    FixedRow(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpBothA5),
+    FixedRow(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpMediaTab),
+    FixedRow(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpSpecialTab),
+    FixedRow(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpBothTab),
 };
 // clang-format on
-
-#undef ROW_VALUE
-#undef ROW_FIXED
-#undef ROW_PLAIN
 
 constexpr int32_t kFeaturesRowCount = sizeof kFeaturesRows / sizeof kFeaturesRows[0];
 static_assert(kFeaturesRowCount == 29, "one source per header row");
 
-ParamTable symParaFeatures[kFeaturesRowCount];
-ConditionTable comparationFeatures[kFeaturesRowCount];
-
-#define FEATURES_ROW(i) \
-  { kFeaturesRows[i].format, &symParaFeatures[i], &comparationFeatures[i] }
+template <size_t... I>
+constexpr std::array<FormatEntry, kFeaturesRowCount> FormatEntries(std::index_sequence<I...>) {
+  return {{{kFeaturesRows[I].format, &kFeaturesRows[I].params, &kFeaturesRows[I].conditions}...}};
+}
+constexpr auto kFeaturesFmtTable = FormatEntries(std::make_index_sequence<kFeaturesRowCount>{});
 
 }  // namespace
 
-const FormatEntry FeaturesFmtTable[] = {
-    FEATURES_ROW(0),  FEATURES_ROW(1),  FEATURES_ROW(2),  FEATURES_ROW(3),  FEATURES_ROW(4),
-    FEATURES_ROW(5),  FEATURES_ROW(6),  FEATURES_ROW(7),  FEATURES_ROW(8),  FEATURES_ROW(9),
-    FEATURES_ROW(10), FEATURES_ROW(11), FEATURES_ROW(12), FEATURES_ROW(13), FEATURES_ROW(14),
-    FEATURES_ROW(15), FEATURES_ROW(16), FEATURES_ROW(17), FEATURES_ROW(18), FEATURES_ROW(19),
-    FEATURES_ROW(20), FEATURES_ROW(21), FEATURES_ROW(22), FEATURES_ROW(23), FEATURES_ROW(24),
-    FEATURES_ROW(25), FEATURES_ROW(26), FEATURES_ROW(27), FEATURES_ROW(28),
-};
+const FormatEntry* const FeaturesFmtTable = kFeaturesFmtTable.data();
 const int32_t FeaturesFmtTableNum = kFeaturesRowCount;
-static_assert(sizeof FeaturesFmtTable / sizeof FeaturesFmtTable[0] == kFeaturesRowCount,
-              "one format entry per header row");
-
-#undef FEATURES_ROW
 
 void FeaturesInitializeCmdParaTable() {
-  for (int32_t i = 0; i < kFeaturesRowCount; ++i) {
-    InitializeCmdParaTable(&symParaFeatures[i], kFeaturesRows[i].paramCount,
-                           kFeaturesRows[i].params);
+  for (const FeaturesRow& row : kFeaturesRows) {
+    RequireCmdParaTable(row.params, row.statedCount, row.params.list);
   }
 }
 
-void FeaturesInitialzieComparationTable() {
-  for (int32_t i = 0; i < kFeaturesRowCount; ++i) {
-    InitializeComparationTable(&comparationFeatures[i], kFeaturesRows[i].conditionCount,
-                               kFeaturesRows[i].conditions);
-  }
-}
-
-void FeaturesInializeDescriptionTableFromFilter() {
-  FeaturesInitializeCmdParaTable();
-  FeaturesInitialzieComparationTable();
-}
+void FeaturesInializeDescriptionTableFromFilter() { FeaturesInitializeCmdParaTable(); }
 
 void FeaturesOutputZPJLCommandFromFilter(char* argv[]) {
   OutputZPJLCommandFromArray(argv, FeaturesFmtTable, FeaturesFmtTableNum);
@@ -395,13 +358,13 @@ void EndNonPPDFeature(FILE* stream) {
 
 void FeaturesOutputPSCommandFromFilter(int32_t point, FILE* stream) {
   const int32_t pages = PagesPerSheetSide();
-  if (point == 14 && IsSinglePageSheet(pages)) {
+  if (point == kPointEndProlog && IsSinglePageSheet(pages)) {
     FeaturesOutputSeparatorPages(stream);
-  } else if (point == 21 && pages >= 2) {
+  } else if (point == kPointSetPageDevice && pages >= 2) {
     // An N-up job sets its page device after the prolog, so both go there.
     FeaturesOutputSeparatorPages(stream);
     FeaturesOutputAutoFit(stream);
-  } else if (point == 16 && IsSinglePageSheet(pages)) {
+  } else if (point == kPointEndSetup && IsSinglePageSheet(pages)) {
     FeaturesOutputAutoFit(stream);
   }
 }

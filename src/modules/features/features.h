@@ -49,7 +49,7 @@ struct FeaturesOptionRecord {
 
 extern FeaturesOptionRecord zpjlOptionFeatures;
 
-extern const TicketBinding FeaturesticketData[];
+extern const TicketBinding* const FeaturesticketData;
 extern const int32_t FeaturesticketDataNum;
 
 // Option codes, the references of the rows' conditions.
@@ -92,13 +92,13 @@ extern const char* const coilPunchFaceOff;  // "false"
 extern const char* const mediaTypeA5;       // "A5"
 
 // The header rows, one attribute line each, written when their conditions hold.
-extern const FormatEntry FeaturesFmtTable[];
+extern const FormatEntry* const FeaturesFmtTable;
 extern const int32_t FeaturesFmtTableNum;
 
-// Binds the rows' parameter and condition tables (once, before the ticket).
+// The rows are constants: checks that each parameter table holds the count
+// its row's kind states.
 void FeaturesInializeDescriptionTableFromFilter();
 void FeaturesInitializeCmdParaTable();
-void FeaturesInitialzieComparationTable();
 
 // Fills zpjlOptionFeatures from the job ticket (argument 5).
 void FeaturesGetTicketFromPDE(char* argv[]);

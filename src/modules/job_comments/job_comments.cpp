@@ -8,7 +8,10 @@
 #include "base/fixed_text.h"
 #include "base/job_text.h"
 #include "base/output_channel.h"
+#include "base/ppd_queries.h"
 #include "base/printer_color.h"
+#include "engine/table_rows.h"
+#include "platform/job_ppd.h"
 
 CommentOptionRecord psoptioncomment;
 
@@ -34,44 +37,40 @@ const char kCommentOrientationTicketKey[] = "orientation-requested";
 const char kCommentLayoutDirectionTicketKey[] =
     "com.apple.print.PrintSettings.PMLayoutDirection..n.";
 
-constexpr int32_t kTextSize = static_cast<int32_t>(kCommentTextSize);
-constexpr int32_t kIntSize = static_cast<int32_t>(sizeof(int32_t));
-
 // Every line is formatted whole into a buffer of this size (longer text is cut).
 constexpr size_t kCommentLineSize = 100;
 
+constexpr TicketRow kTicketRows[] = {
+    Row(kCommentSidesTicketKey, rec.sides, TicketRead::Text),
+    Row(kCommentColorModeTicketKey, rec.colorMode, TicketRead::Text),
+    Row(kCommentNumberUpTicketKey, rec.numberUp, TicketRead::NumberUpForComment),
+    Row(kCommentStapleTicketKey, rec.staple, TicketRead::Text),
+    Row(kCommentPunchTicketKey, rec.punch, TicketRead::Text),
+    Row(kCommentPunchHolesTicketKey, rec.punchHoles, TicketRead::Text),
+    Row(kCommentSignatureTicketKey, rec.signature, TicketRead::Text),
+    Row(kCommentSigVolTicketKey, rec.signatureVolume, TicketRead::Text),
+    Row(kCommentLineWeightTicketKey, rec.lineWeightAdjustment, TicketRead::Text),
+    Row(kCommentTonerSaverTicketKey, rec.tonerSaver, TicketRead::Text),
+    Row(kCommentTonerReductionRateTicketKey, rec.tonerReductionRate, TicketRead::Text),
+    Row(kCommentDuplexBindingEdgeTicketKey, rec.duplexBindingEdge, TicketRead::Integer),
+    Row(kCommentCopiesTicketKey, rec.copies, TicketRead::Integer),
+    Row(kCommentOrientationTicketKey, rec.orientation, TicketRead::Integer),
+    Row(kCommentLayoutDirectionTicketKey, rec.layoutDirection, TicketRead::Integer),
+};
+constexpr auto kBindings = MakeBindings(kTicketRows, false);
+
 }  // namespace
 
-const TicketBinding CommentticketData[] = {
-    {kCommentSidesTicketKey, rec.sides, kTextSize, GetTicketStringConvertedToPrtLang},
-    {kCommentColorModeTicketKey, rec.colorMode, kTextSize, GetTicketStringConvertedToPrtLang},
-    {kCommentNumberUpTicketKey, rec.numberUp, kTextSize, GetNumberUpTicketStringForComment},
-    {kCommentStapleTicketKey, rec.staple, kTextSize, GetTicketStringConvertedToPrtLang},
-    {kCommentPunchTicketKey, rec.punch, kTextSize, GetTicketStringConvertedToPrtLang},
-    {kCommentPunchHolesTicketKey, rec.punchHoles, kTextSize, GetTicketStringConvertedToPrtLang},
-    {kCommentSignatureTicketKey, rec.signature, kTextSize, GetTicketStringConvertedToPrtLang},
-    {kCommentSigVolTicketKey, rec.signatureVolume, kTextSize, GetTicketStringConvertedToPrtLang},
-    {kCommentLineWeightTicketKey, rec.lineWeightAdjustment, kTextSize,
-     GetTicketStringConvertedToPrtLang},
-    {kCommentTonerSaverTicketKey, rec.tonerSaver, kTextSize, GetTicketStringConvertedToPrtLang},
-    {kCommentTonerReductionRateTicketKey, rec.tonerReductionRate, kTextSize,
-     GetTicketStringConvertedToPrtLang},
-    {kCommentDuplexBindingEdgeTicketKey, &rec.duplexBindingEdge, kIntSize, GetTicketInteger},
-    {kCommentCopiesTicketKey, &rec.copies, kIntSize, GetTicketInteger},
-    {kCommentOrientationTicketKey, &rec.orientation, kIntSize, GetTicketInteger},
-    {kCommentLayoutDirectionTicketKey, &rec.layoutDirection, kIntSize, GetTicketInteger},
-};
-const int32_t CommentticketDataNum =
-    static_cast<int32_t>(sizeof CommentticketData / sizeof CommentticketData[0]);
+const TicketBinding* const CommentticketData = kBindings.data();
+const int32_t CommentticketDataNum = static_cast<int32_t>(kBindings.size());
 
 void CommentResetOptionRecord() { std::memset(&psoptioncomment, 0, sizeof psoptioncomment); }
 
 void CommentGetTicketFromPDE(char* argv[]) {
-  // Collate is left alone: it starts empty and is set below at most once per job.
-  ZeroText(rec.sides, sizeof rec.sides);
-  ZeroText(rec.colorMode, sizeof rec.colorMode);
-  std::memset(rec.numberUp, 0,
-              sizeof(CommentOptionRecord) - offsetof(CommentOptionRecord, numberUp));
+  // Collate is kept: it starts empty and is set below at most once per job.
+  CommentOptionRecord fresh{};
+  std::memcpy(fresh.collate, rec.collate, sizeof fresh.collate);
+  rec = fresh;
 
   GetTicketFromArray(argv, CommentticketData, CommentticketDataNum);
 
@@ -116,7 +115,6 @@ void OutputZPJLCommandforCommentEnd() { KZfputs("@PJL COMMENT PRINTJOBINFO END\n
 namespace {
 
 bool IsEmpty(const char* text) { return text[0] == '\0'; }
-bool Equals(const char* text, const char* word) { return std::strcmp(text, word) == 0; }
 
 // Writes "@PJL COMMENT PRINTJOBINFO <item>\n"; a null item writes nothing.
 void PutCommentItem(const char* item) {
@@ -422,3 +420,58 @@ void OutputZPJLCommandforCommentAdvanced() {
   PutCommentItem("MIXEDSIZETYPE=NONE");
   PutCommentItem("CUD=OFF");
 }
+
+const char* const kCommentedModelList[] = {
+    "ZA200JP", "ZA205JP", "ZA210JP", "ZA215JP", "ZA220JP", "ZA225JP", "ZA230JP", "ZA235JP",
+    "ZA240JP", "ZA245JP", "ZA250JP", "ZA255JP", "ZA260JP", "ZA265JP", "ZA270JP", "ZA275JP",
+    "ZB200JP", "ZB205JP", "ZB210JP", "ZB215JP", "ZB220JP", "ZB225JP", "ZB230JP", "ZB235JP",
+    "ZB240JP", "ZB245JP", "ZB250JP", "ZB255JP", "ZB260JP", "ZB265JP", "ZB270JP", "ZB275JP",
+    "ZC200JP", "ZC205JP", "ZC210JP", "ZC215JP", "ZC220JP", "ZC225JP", "ZC230JP", "ZC235JP",
+    "ZC240JP", "ZC245JP", "ZC250JP", "ZC255JP", "ZC260JP", "ZC265JP", "ZC270JP", "ZC275JP",
+    "ZD200JP", "ZD205JP", "ZD210JP", "ZD215JP", "ZD220JP", "ZD225JP", "ZD230JP", "ZD235JP",
+    "ZD240JP", "ZD245JP", "ZD250JP", "ZD255JP", "ZD260JP", "ZD265JP", "ZD270JP", "ZD275JP",
+    "",
+};
+
+namespace {
+
+void OutputJobInformationBlock(bool advanced) {
+  if (advanced) {
+    OutputZPJLCommandforCommentVersionHigh();
+  } else {
+    OutputZPJLCommandforCommentVersionLow();
+  }
+  OutputZPJLCommandforCommentBegin();
+  OutputZPJLCommandforCommentBasic();
+  if (advanced) OutputZPJLCommandforCommentAdvanced();
+  OutputZPJLCommandforCommentEnd();
+}
+
+bool IsCommentedModel(const char* pcFileName) {
+  for (const char* const* code = kCommentedModelList; (*code)[0] != '\0'; ++code) {
+    if (std::strstr(pcFileName, *code) != nullptr) return true;
+  }
+  return false;
+}
+
+void OutputJobInformation(ppd_file_t* ppd) {
+  ppd_attr_t* encoding = ppdFindAttr_ALT(ppd, "KRPrinterLanguageEncoding");
+  if (encoding != nullptr) {
+    if (encoding->value == nullptr || std::strcmp(encoding->value, "UTF-8") != 0) {
+      OutputJobInformationBlock(false);
+      return;
+    }
+  } else {
+    ppd_attr_t* pcFileName = ppdFindAttr_ALT(ppd, "PCFileName");
+    if (pcFileName == nullptr) return;
+    if (pcFileName->value != nullptr && IsCommentedModel(pcFileName->value)) {
+      OutputJobInformationBlock(false);
+      return;
+    }
+  }
+  if (PPDAttrEquals(ppd, "CommentOn", "True")) OutputJobInformationBlock(true);
+}
+
+}  // namespace
+
+void OutputZPJLCommandForJobInformation() { OutputJobInformation(JobPPD()); }

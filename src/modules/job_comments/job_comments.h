@@ -1,11 +1,11 @@
 // The PRINTJOBINFO comment block that describes the job to the printer, and
 // the job settings it is made from.
 //
-// CommentGetTicketFromPDE fills `psoptioncomment` once per job. The header
-// sequence decides whether the block is written and in which form (basic, or
-// basic and advanced); it writes the version line first and the END line
-// last. The device-settings lines and the booklet attributes read the same
-// record.
+// CommentGetTicketFromPDE fills `psoptioncomment` once per job.
+// OutputZPJLCommandForJobInformation decides from the PPD whether the block
+// is written and in which form (basic, or basic and advanced), with the
+// version line first and the END line last. The device-settings lines and
+// the booklet attributes read the same record.
 #pragma once
 
 #include <cstddef>
@@ -41,7 +41,7 @@ struct CommentOptionRecord {
 extern CommentOptionRecord psoptioncomment;
 
 // The ticket bindings of the record: every field in order except collate.
-extern const TicketBinding CommentticketData[];
+extern const TicketBinding* const CommentticketData;
 extern const int32_t CommentticketDataNum;  // 15
 
 // Reads the ticket (argv[5]) into psoptioncomment and normalises it: collate
@@ -62,3 +62,12 @@ void OutputZPJLCommandforCommentBasic();
 // two fixed closing lines.
 void OutputZPJLCommandforCommentAdvanced();
 void OutputZPJLCommandforCommentEnd();
+
+// Product codes whose PPD (PCFileName) gets the version 1.3.0 block; ended
+// by an empty entry.
+extern const char* const kCommentedModelList[];
+
+// The PRINTJOBINFO block, or nothing: version 1.3.0 for legacy-encoding
+// printers and the listed models, version 1.5.0 with the advanced lines
+// where the PPD's CommentOn asks.
+void OutputZPJLCommandForJobInformation();

@@ -10,7 +10,7 @@
 #include "base/fixed_text.h"
 #include "base/job_text.h"
 #include "base/output_channel.h"
-#include "engine/ticket_rows.h"
+#include "engine/table_rows.h"
 #include "platform/job_ppd.h"
 
 PBindOption psoptionpbind;
@@ -156,10 +156,6 @@ const PositionRule kPositionRules[] = {
 
 const char kMinimumCut[] = "7mm";
 
-bool Equals(const char* text, const char* word) { return std::strcmp(text, word) == 0; }
-bool StartsWith(const char* text, const char* prefix) {
-  return std::strncmp(text, prefix, std::strlen(prefix)) == 0;
-}
 
 // Two's-complement wrap into 32 bits: hostile ticket numbers give the value
 // a 32-bit computation would, without signed overflow.
@@ -275,13 +271,12 @@ void PBindPageSizeInTenths(const char* name, int32_t* width, int32_t* length) {
   *width = 0;
   *length = 0;
   if (name == nullptr || name[0] == '\0') return;
-  ppd_file_t* ppd = AcquireJobPPD();
+  ppd_file_t* ppd = JobPPD();
   ppd_size_t* size = ppd != nullptr ? ppdPageSize(ppd, name) : nullptr;
   if (size != nullptr) {
     *width = PointsToTenths(size->width);
     *length = PointsToTenths(size->length);
   }
-  ReleaseJobPPD(ppd);
 }
 
 void OutputZPJLCommandforPBindNormal(const char* value, const char* attribute) {

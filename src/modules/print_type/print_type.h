@@ -49,10 +49,10 @@ inline constexpr int32_t PrintTypeFmtPartTableNum = 7;
 extern const FormatEntry PrintTypeFmtTable[PrintTypeFmtTableNum];
 extern const FormatEntry PrintTypeFmtPartTable[PrintTypeFmtPartTableNum];
 
-// Binds the parameter tables, then the condition tables.
+// The tables are constants: checks that each parameter table holds its
+// static list and count.
 void PrintTypeInializeDescriptionTableFromFilter();
 void PrintTypeInitializeCmdParaTable();
-void PrintTypeInitialzieComparationTable();
 
 // Reads the ticket (argv[5]) into zpjlOptionPrintType. Returns 1.
 int PrintTypeGetTicketFromPDE(char* argv[]);

@@ -10,19 +10,26 @@
 #include "base/fixed_text.h"
 #include "base/job_text.h"
 #include "base/output_channel.h"
+#include "engine/table_rows.h"
 #include "platform/job_ticket.h"
 
 SpecialPageOption psOptionSpecialPage;
 
-const TicketBinding SpecialPageTicketData[] = {
-    {JTZ_KEY("ZPIFCoverCountTicket"), &psOptionSpecialPage.coverCount, sizeof(int32_t),
-     GetTicketInteger},
-    {JTZ_KEY("ZPIFInsertionCountTicket"), &psOptionSpecialPage.insertionCount, sizeof(int32_t),
-     GetTicketInteger},
-    {JTZ_KEY("ZPIFExceptionCountTicket"), &psOptionSpecialPage.exceptionCount, sizeof(int32_t),
-     GetTicketInteger},
+namespace {
+
+constexpr TicketRow kTicketRows[] = {
+    Row(JTZ_KEY("ZPIFCoverCountTicket"), psOptionSpecialPage.coverCount, TicketRead::Integer),
+    Row(JTZ_KEY("ZPIFInsertionCountTicket"), psOptionSpecialPage.insertionCount,
+        TicketRead::Integer),
+    Row(JTZ_KEY("ZPIFExceptionCountTicket"), psOptionSpecialPage.exceptionCount,
+        TicketRead::Integer),
 };
-const int32_t SpecialPageTicketDataNum = 3;
+constexpr auto kBindings = MakeBindings(kTicketRows, false);
+
+}  // namespace
+
+const TicketBinding* const SpecialPageTicketData = kBindings.data();
+const int32_t SpecialPageTicketDataNum = static_cast<int32_t>(kBindings.size());
 
 const char kSPViewTicketKey[] = JTZ_KEY("ZPIFCommandTicket_");
 const char kSPZPCoverValueKey[] = JTZ_KEY("ZPIFCoverValueTicket_");

@@ -20,7 +20,7 @@ struct SpecialPageOption {
 
 extern SpecialPageOption psOptionSpecialPage;
 
-extern const TicketBinding SpecialPageTicketData[];
+extern const TicketBinding* const SpecialPageTicketData;
 extern const int32_t SpecialPageTicketDataNum;
 
 // Prefixes of the indexed keys; the index (0-based) follows as "%d".

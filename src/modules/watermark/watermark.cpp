@@ -1,56 +1,51 @@
 #include "modules/watermark/watermark.h"
 
 #include <cstring>
+#include <string_view>
 
 #include "base/fixed_text.h"
 #include "base/job_text.h"
 #include "base/output_channel.h"
+#include "engine/injection_point.h"
+#include "engine/table_rows.h"
 
 WatermarkOptionRecord psOptionWatermark;
 
 namespace {
 
-constexpr int32_t kIntSize = sizeof(int32_t);
-constexpr int32_t kFloatSize = sizeof(float);
+constexpr TicketRow kTicketRows[] = {
+    Row(JTZ_KEY("WMARKNameTicket"), psOptionWatermark.name, TicketRead::RawText),
+    Row(JTZ_KEY("WMARKOptionsTicket"), psOptionWatermark.options, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKOnlyFirstTicket"), psOptionWatermark.onlyFirst, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKTextTicket"), psOptionWatermark.text, TicketRead::Text),
+    Row(JTZ_KEY("WMARKOrientationTicket"), psOptionWatermark.orientation, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKPaperHeightTicket"), psOptionWatermark.paperHeight, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKPaperWidthTicket"), psOptionWatermark.paperWidth, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKFilePathTicket"), psOptionWatermark.filePath, TicketRead::Text),
+    Row(JTZ_KEY("WMARKTypeTicket"), psOptionWatermark.type, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKFontTicket"), psOptionWatermark.font, TicketRead::RawText),
+    Row(JTZ_KEY("WMARKFontSizeTicket"), psOptionWatermark.fontSize, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKFontTypeTicket"), psOptionWatermark.fontType, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKColorRTicket"), psOptionWatermark.colorR, TicketRead::Float),
+    Row(JTZ_KEY("WMARKColorGTicket"), psOptionWatermark.colorG, TicketRead::Float),
+    Row(JTZ_KEY("WMARKColorBTicket"), psOptionWatermark.colorB, TicketRead::Float),
+    Row(JTZ_KEY("WMARKColorATicket"), psOptionWatermark.colorA, TicketRead::Float),
+    Row(JTZ_KEY("WMARKAngleTicket"), psOptionWatermark.angle, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKDensityTicket"), psOptionWatermark.density, TicketRead::Integer),
+    Row(JTZ_KEY("WMARKScaleTicket"), psOptionWatermark.scale, TicketRead::Float),
+    Row(JTZ_KEY("WMARKPosHorizontalTicket"), psOptionWatermark.posHorizontal, TicketRead::Float),
+    Row(JTZ_KEY("WMARKPosVerticalTicket"), psOptionWatermark.posVertical, TicketRead::Float),
+    Row(JTZ_KEY("WMARKWidthTicket"), psOptionWatermark.width, TicketRead::Float),
+    Row(JTZ_KEY("WMARKHeightTicket"), psOptionWatermark.height, TicketRead::Float),
+    Row(JTZ_KEY("WMARKhOffsetTicket"), psOptionWatermark.hOffset, TicketRead::Float),
+    Row(JTZ_KEY("WMARKvOffsetTicket"), psOptionWatermark.vOffset, TicketRead::Float),
+};
+constexpr auto kBindings = MakeBindings(kTicketRows, false);
 
 }  // namespace
 
-// clang-format off
-const TicketBinding WatermarkticketData[] = {
-    {JTZ_KEY("WMARKNameTicket"), psOptionWatermark.name, kWatermarkTextSize, GetTicketString},
-    {JTZ_KEY("WMARKOptionsTicket"), &psOptionWatermark.options, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKOnlyFirstTicket"), &psOptionWatermark.onlyFirst, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKTextTicket"), psOptionWatermark.text, kWatermarkTextSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("WMARKOrientationTicket"), &psOptionWatermark.orientation, kIntSize,
-     GetTicketInteger},
-    {JTZ_KEY("WMARKPaperHeightTicket"), &psOptionWatermark.paperHeight, kIntSize,
-     GetTicketInteger},
-    {JTZ_KEY("WMARKPaperWidthTicket"), &psOptionWatermark.paperWidth, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKFilePathTicket"), psOptionWatermark.filePath, kWatermarkTextSize,
-     GetTicketStringConvertedToPrtLang},
-    {JTZ_KEY("WMARKTypeTicket"), &psOptionWatermark.type, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKFontTicket"), psOptionWatermark.font, kWatermarkTextSize, GetTicketString},
-    {JTZ_KEY("WMARKFontSizeTicket"), &psOptionWatermark.fontSize, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKFontTypeTicket"), &psOptionWatermark.fontType, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKColorRTicket"), &psOptionWatermark.colorR, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKColorGTicket"), &psOptionWatermark.colorG, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKColorBTicket"), &psOptionWatermark.colorB, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKColorATicket"), &psOptionWatermark.colorA, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKAngleTicket"), &psOptionWatermark.angle, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKDensityTicket"), &psOptionWatermark.density, kIntSize, GetTicketInteger},
-    {JTZ_KEY("WMARKScaleTicket"), &psOptionWatermark.scale, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKPosHorizontalTicket"), &psOptionWatermark.posHorizontal, kFloatSize,
-     GetTicketFloat},
-    {JTZ_KEY("WMARKPosVerticalTicket"), &psOptionWatermark.posVertical, kFloatSize,
-     GetTicketFloat},
-    {JTZ_KEY("WMARKWidthTicket"), &psOptionWatermark.width, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKHeightTicket"), &psOptionWatermark.height, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKhOffsetTicket"), &psOptionWatermark.hOffset, kFloatSize, GetTicketFloat},
-    {JTZ_KEY("WMARKvOffsetTicket"), &psOptionWatermark.vOffset, kFloatSize, GetTicketFloat},
-};
-// clang-format on
-const int32_t WatermarkticketDataNum = sizeof WatermarkticketData / sizeof WatermarkticketData[0];
+const TicketBinding* const WatermarkticketData = kBindings.data();
+const int32_t WatermarkticketDataNum = static_cast<int32_t>(kBindings.size());
 
 void WatermarkGetTicketFromPDE(char* argv[]) {
   GetTicketFromArray(argv, WatermarkticketData, WatermarkticketDataNum);
@@ -81,15 +76,15 @@ EmissionFlags& InjectTextWatermark() {
 
 int SlotOfPoint(int32_t point) {
   switch (point) {
-    case 13:
+    case kPointBeginProlog:
       return kSlotProlog;
-    case 24:
+    case kPointEndPageSetup:
       return kSlotPageSetup;
-    case 27:
+    case kPointEndPage:
       return kSlotEndPage;
-    case 28:
+    case kPointEndPageAlt:
       return kSlotEndPageAlt;
-    case 29:
+    case kPointPageSaveRestore:
       return kSlotSaveSlot;
     default:
       return -1;
@@ -113,14 +108,14 @@ float Faded(float component, int32_t density) {
   return 1 - (1 - component) * (static_cast<float>(density) / 100);
 }
 
-// The lines that draw the text, after the opening line. They depend only on
-// the job's settings, the same at every page, so they are formatted once
-// (formatting the numbers was most of what a page cost) and again only if
-// the settings change.
+// The lines that draw the text, without the closing grestore. They depend
+// only on the job's settings, the same at every page, so they are formatted
+// once (formatting the numbers was most of what a page cost) and again only
+// if the settings change.
 const char* TextLines() {
   static WatermarkOptionRecord formattedFor;
   static bool formatted = false;
-  static char lines[5 * kWatermarkLineSize + sizeof "grestore\n"];
+  static char lines[5 * kWatermarkLineSize];
   const WatermarkOptionRecord& w = psOptionWatermark;
   if (formatted && std::memcmp(&formattedFor, &w, sizeof w) == 0) return lines;
 
@@ -147,7 +142,6 @@ const char* TextLines() {
   PostScriptStringToken(text, sizeof text, w.text);
   FormatText(line, sizeof line, "%s show\n", text);
   AppendText(lines, sizeof lines, line);
-  AppendText(lines, sizeof lines, "grestore\n");
   formattedFor = w;
   formatted = true;
   return lines;
@@ -156,15 +150,62 @@ const char* TextLines() {
 void DrawText(const char* opening, FILE* stream) {
   KZfprintf(stream, opening);
   KZfprintf(stream, TextLines());
+  KZfprintf(stream, "grestore\n");
+}
+
+// The page-device hook for jobs that end their pages some other way: an
+// EndPage procedure, installed once before the job's own code, draws the
+// text at every showpage of the sheet (reason 0), in the sheet's default
+// coordinates, then hands over to the EndPage it replaced. Its state lives in
+// global VM, so a page's restore does not undo the count of marked sheets or
+// the switch that turns it off. Each step is guarded: a printer without the
+// page device, or a bad font, loses the mark and never the job.
+void InstallPageHook(FILE* stream) {
+  const WatermarkOptionRecord& w = psOptionWatermark;
+  KZfprintf(stream,
+            "mark{userdict/krfWM 4 dict put krfWM begin\n"
+            "currentglobal true setglobal/state 2 dict def setglobal"
+            " state/on true put state/sheets 0 put\n");
+  KZfprintf(stream, w.onlyFirst == 0 ? "/only false def" : "/only true def");
+  KZfprintf(stream,
+            "/prev currentpagedevice/EndPage get def\n"
+            "/draw{gsave initgraphics mark{\n");
+  // A text line cut at the line size would leave its string open and take
+  // the rest of the job into it: such a text is not drawn.
+  const std::string_view lines = TextLines();
+  constexpr std::string_view kShowEnd = " show\n";
+  if (lines.size() >= kShowEnd.size() && lines.substr(lines.size() - kShowEnd.size()) == kShowEnd) {
+    KZfprintf(stream, lines.data());
+  } else {
+    fprintf(stderr, "DEBUG: The watermark text is too long to be drawn.\n");
+  }
+  KZfprintf(stream,
+            "}stopped cleartomark grestore}bind def end\n"
+            "<</EndPage{userdict/krfWM get begin dup 0 eq state/on get and"
+            "{state/sheets get dup 0 eq only not or{draw}if 1 add state exch/sheets exch put}if"
+            "/prev load end exec}bind>>systemdict/setpagedevice get exec\n"
+            "}stopped cleartomark\n");
+}
+
+// The job turned out to draw the text itself at its "ep"/"endp" lines.
+void RemovePageHook(FILE* stream) {
+  KZfprintf(stream, "userdict/krfWM known{krfWM/state get/on false put}if\n");
 }
 
 }  // namespace
 
+bool WatermarkWantsPageHook() {
+  const WatermarkOptionRecord& w = psOptionWatermark;
+  return w.name[0] != '\0' && w.type == 0;
+}
+
 void WatermarkOutputPSCommandFromFilter(int32_t point, int32_t page, FILE* stream) {
   (void)page;
   WatermarkOptionRecord& w = psOptionWatermark;
-  if (w.name[0] == '\0' || w.type != 0) return;
+  if (!WatermarkWantsPageHook()) return;
   w.options = 1;
+  if (point == kPointPageHook) return InstallPageHook(stream);
+  if (point == kPointPageHookOff) return RemovePageHook(stream);
 
   int slot = SlotOfPoint(point);
   if (slot < 0) return;

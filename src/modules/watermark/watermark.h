@@ -46,7 +46,7 @@ struct WatermarkOptionRecord {
 
 extern WatermarkOptionRecord psOptionWatermark;
 
-extern const TicketBinding WatermarkticketData[];
+extern const TicketBinding* const WatermarkticketData;
 extern const int32_t WatermarkticketDataNum;
 
 // Size of the buffer each drawn line is formatted into (longer lines are cut).
@@ -54,6 +54,10 @@ constexpr size_t kWatermarkLineSize = 100;
 
 // Fills psOptionWatermark from the job ticket (argument 5).
 void WatermarkGetTicketFromPDE(char* argv[]);
+
+// Whether the job has a text watermark, so that the pass-through must give
+// jobs that end their pages without "ep"/"endp" the page-device hook.
+bool WatermarkWantsPageHook();
 
 // Writes the watermark PostScript for injection point `point` to `stream`
 // through the output channel. `page` is not used.
