@@ -44,26 +44,26 @@ void BindFrameTables() {
   RequireCmdParaTable(symParaZPJLTrailer, cmdParaNumZPJLTrailer, cmdParaListZPJLTrailer);
 }
 
-void OutputZPJLCommandLanguageEncodingForKQM4T2A() {
+void OutputZPJLCommandLanguageEncodingForKQM4T2A(FILE* stream) {
   char line[256];
   ZeroText(line, sizeof line);
   ppd_file_t* ppd = JobPPD();
   if (PPDAttrEquals(ppd, "KRPrinterLanguageEncoding", "UTF-8")) {
     FormatText(line, sizeof line, "@PJL SET STRINGCODESET=%s\n", "UTF8");
   }
-  KZfprintf(stdout, line);
+  KZfprintf(stream, line);
 }
 
-void OutputZPJLCommand(char* argv[]) {
-  OutputZPJLCommandFromArray(argv, prtFmtTableZPJLHead, numFmtTableZPJLHead);
-  OutputZPJLCommandLanguageEncodingForKQM4T2A();
-  OutputZPJLCommandFromArray(argv, prtFmtTableZPJLJobMode, numFmtTableZPJLJobMode);
-  OutputZPJLCommandFromModules(argv);
+void OutputZPJLCommand(char* argv[], FILE* stream) {
+  OutputZPJLCommandFromArray(argv, prtFmtTableZPJLHead, numFmtTableZPJLHead, stream);
+  OutputZPJLCommandLanguageEncodingForKQM4T2A(stream);
+  OutputZPJLCommandFromArray(argv, prtFmtTableZPJLJobMode, numFmtTableZPJLJobMode, stream);
+  OutputZPJLCommandFromModules(argv, stream);
 
   ppd_file_t* ppd = JobPPD();
   // In the PPD-feature insertion mode the language switch comes after the
   // PJL derived from the job's feature code, so it is written there.
   if (!PPDAttrEquals(ppd, "KRPSDecompMode", "1")) {
-    OutputZPJLCommandFromArray(argv, prtFmtTableEnterPS, numFmtTableEnterPS);
+    OutputZPJLCommandFromArray(argv, prtFmtTableEnterPS, numFmtTableEnterPS, stream);
   }
 }

@@ -28,7 +28,10 @@ extern const ParamTable symParaZPJLTrailer;
 void BindFrameTables();
 
 // "@PJL SET STRINGCODESET=UTF8\n" when the PPD declares UTF-8, else nothing.
-void OutputZPJLCommandLanguageEncodingForKQM4T2A();
+void OutputZPJLCommandLanguageEncodingForKQM4T2A(FILE* stream);
 
-// The whole job header, from the universal exit language to the language switch.
-void OutputZPJLCommand(char* argv[]);
+// The whole job header, from the universal exit language to the language
+// switch, to `stream` through the output channel; without a stream, to
+// standard output.
+void OutputZPJLCommand(char* argv[], FILE* stream);
+inline void OutputZPJLCommand(char* argv[]) { OutputZPJLCommand(argv, stdout); }

@@ -598,7 +598,7 @@ int JBAGetTicketFromPDE(char* argv[]) {
   return 1;
 }
 
-void JBAOutputZPJLCommandFromFilter(char* argv[]) {
-  OutputZPJLCommandFromArray(argv, JBAFmtTableAdmin, JBAFmtTableAdminNum);
-  OutputZPJLCommandFromArray(argv, JBAFmtTableCommon, JBAFmtTableCommonNum);
+void JBAOutputZPJLCommandFromFilter(char* argv[], FILE* stream) {
+  OutputZPJLCommandFromArray(argv, JBAFmtTableAdmin, JBAFmtTableAdminNum, stream);
+  OutputZPJLCommandFromArray(argv, JBAFmtTableCommon, JBAFmtTableCommonNum, stream);
 }

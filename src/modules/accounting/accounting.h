@@ -13,6 +13,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstdio>
 
 #include "engine/command.h"
 #include "ticket/ticket_access.h"
@@ -101,4 +102,4 @@ int JBAGetTicketFromPDE(char* argv[]);
 
 // Writes the administrator table, then the common table. Writes nothing
 // before the tables are bound.
-void JBAOutputZPJLCommandFromFilter(char* argv[]);
+void JBAOutputZPJLCommandFromFilter(char* argv[], FILE* stream);

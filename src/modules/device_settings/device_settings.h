@@ -8,16 +8,18 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 
 #include <cups/ppd.h>
 
 #include "base/printer_color.h"
 
-// ECONOMODE and REDUCTIONRATE lines from the toner-saver settings.
-void OutputZPJLCommandForTonerSaver();
+// ECONOMODE and REDUCTIONRATE lines from the toner-saver settings. Like
+// every header writer, it writes to `stream` through the output channel.
+void OutputZPJLCommandForTonerSaver(FILE* stream);
 
 // The line-weight line, then the render-mode line.
-void OutputZPJLCommandOthers();
+void OutputZPJLCommandOthers(FILE* stream);
 
 // One row of the device-settings command table: PPD option keyword (without
 // its asterisk), choice keyword, complete PJL line with its final "\n".

@@ -325,8 +325,8 @@ void FeaturesInitializeCmdParaTable() {
 
 void FeaturesInializeDescriptionTableFromFilter() { FeaturesInitializeCmdParaTable(); }
 
-void FeaturesOutputZPJLCommandFromFilter(char* argv[]) {
-  OutputZPJLCommandFromArray(argv, FeaturesFmtTable, FeaturesFmtTableNum);
+void FeaturesOutputZPJLCommandFromFilter(char* argv[], FILE* stream) {
+  OutputZPJLCommandFromArray(argv, FeaturesFmtTable, FeaturesFmtTableNum, stream);
 }
 
 // ---- PostScript fragments ----------------------------------------------------
@@ -426,31 +426,31 @@ bool IsLandscapeBooklet(const char* numberUp, int32_t orientation) {
 
 }  // namespace
 
-void OutputZPJLCommandforBooklet() {
+void OutputZPJLCommandforBooklet(FILE* stream) {
   // Only printers that take UTF-8 know the booklet attributes.
   if (!IsUTF8PrinterEncoding()) return;
   const CommentOptionRecord& job = psoptioncomment;
 
   if (IsLandscapeBooklet(job.numberUp, job.orientation)) {
-    KZfputs("@PJL SET JOBATTR=\"@DIND=LANDSCAPE\"\n", stdout);
+    KZfputs("@PJL SET JOBATTR=\"@DIND=LANDSCAPE\"\n", stream);
   } else {
-    KZfputs("@PJL SET JOBATTR=\"@DIND=PORTRAIT\"\n", stdout);
+    KZfputs("@PJL SET JOBATTR=\"@DIND=PORTRAIT\"\n", stream);
   }
 
   if (job.signature[0] == '\0') return;
   if (std::strcmp(job.signature, "None") == 0) {
-    KZfputs("@PJL SET JOBATTR=\"@DIBB=OFF\"\n", stdout);
-    KZfputs("@PJL SET JOBATTR=\"@DIBK=OFF\"\n", stdout);
+    KZfputs("@PJL SET JOBATTR=\"@DIBB=OFF\"\n", stream);
+    KZfputs("@PJL SET JOBATTR=\"@DIBK=OFF\"\n", stream);
     return;
   }
   if (std::strstr(job.signature, "Left") != nullptr) {
-    KZfputs("@PJL SET JOBATTR=\"@DIBB=LEFT\"\n", stdout);
+    KZfputs("@PJL SET JOBATTR=\"@DIBB=LEFT\"\n", stream);
   } else if (std::strstr(job.signature, "Right") != nullptr) {
-    KZfputs("@PJL SET JOBATTR=\"@DIBB=RIGHT\"\n", stdout);
+    KZfputs("@PJL SET JOBATTR=\"@DIBB=RIGHT\"\n", stream);
   }
   if (job.signatureVolume[0] != '\0' && std::strcmp(job.signatureVolume, "None") != 0) {
-    KZfputs("@PJL SET JOBATTR=\"@DIBK=MANUALDIVIDE\"\n", stdout);
+    KZfputs("@PJL SET JOBATTR=\"@DIBK=MANUALDIVIDE\"\n", stream);
   } else {
-    KZfputs("@PJL SET JOBATTR=\"@DIBK=NONEDIVIDE\"\n", stdout);
+    KZfputs("@PJL SET JOBATTR=\"@DIBK=NONEDIVIDE\"\n", stream);
   }
 }

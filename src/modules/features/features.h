@@ -104,7 +104,7 @@ void FeaturesInitializeCmdParaTable();
 void FeaturesGetTicketFromPDE(char* argv[]);
 
 // Writes the header rows whose conditions hold, in row order.
-void FeaturesOutputZPJLCommandFromFilter(char* argv[]);
+void FeaturesOutputZPJLCommandFromFilter(char* argv[], FILE* stream);
 
 // The PostScript hook: separator pages before the first "%%EndProlog" (14)
 // and auto-fit before "%%EndSetup" (16) on 1-up jobs; both, separator
@@ -121,4 +121,4 @@ constexpr size_t kFeaturesPSLineSize = 100;
 
 // @DIND, @DIBB and @DIBK from the job information comments record, on
 // printers whose language encoding is UTF-8 only.
-void OutputZPJLCommandforBooklet();
+void OutputZPJLCommandforBooklet(FILE* stream);

@@ -174,7 +174,7 @@ int PrintTypeGetTicketFromPDE(char* argv[]) {
   return 1;
 }
 
-void PrintTypeOutputZPJLCommandFromFilter(char* argv[]) {
+void PrintTypeOutputZPJLCommandFromFilter(char* argv[], FILE* stream) {
   bool partial = false;
   ppd_file_t* ppd = JobPPD();
   if (ppd != nullptr) {
@@ -182,8 +182,8 @@ void PrintTypeOutputZPJLCommandFromFilter(char* argv[]) {
               CheckIfPPDKeywordSupported(ppd, "KRZPrintTypeSettings", "Default04") == 1;
   }
   if (partial) {
-    OutputZPJLCommandFromArray(argv, PrintTypeFmtPartTable, PrintTypeFmtPartTableNum);
+    OutputZPJLCommandFromArray(argv, PrintTypeFmtPartTable, PrintTypeFmtPartTableNum, stream);
   } else {
-    OutputZPJLCommandFromArray(argv, PrintTypeFmtTable, PrintTypeFmtTableNum);
+    OutputZPJLCommandFromArray(argv, PrintTypeFmtTable, PrintTypeFmtTableNum, stream);
   }
 }

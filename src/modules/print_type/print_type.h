@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 
 #include "engine/command.h"
 #include "ticket/ticket_access.h"
@@ -58,4 +59,4 @@ void PrintTypeInitializeCmdParaTable();
 int PrintTypeGetTicketFromPDE(char* argv[]);
 
 // Writes the partial or the full table, chosen by the PPD.
-void PrintTypeOutputZPJLCommandFromFilter(char* argv[]);
+void PrintTypeOutputZPJLCommandFromFilter(char* argv[], FILE* stream);
