@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "modules/watermark/watermark.h"
+
 namespace {
 
 struct Line {
@@ -67,6 +69,10 @@ const TextBlockLine kWatermarkBlock[] = {
 };
 constexpr std::string_view kWatermarkClose = "grestore";
 
+// The page-device hook of jobs that do not end their pages in "ep"/"endp":
+// the block's last line lies within this many lines of its first.
+constexpr size_t kPageHookMaxLines = 16;
+
 // ---- Separator pages and auto-fit -----------------------------------------------
 
 constexpr std::string_view kBlockOpen = "[{";
@@ -101,6 +107,8 @@ const AnchorRule kAnchors[] = {
     {"watermark-page-setup", true, kEndPageSetup},
     {"watermark-text", false, "ep"},
     {"watermark-text", false, "endp"},
+    {"watermark-page-hook-off", false, "ep"},
+    {"watermark-page-hook-off", false, "endp"},
     {"separator-pages", false, kEndProlog},
     {"separator-pages", false, kSetPageDeviceOff},
     {"booklet-margin-shift", false, kEndSetup},
@@ -178,6 +186,34 @@ struct Scanner {
     return k;
   }
 
+  // The hook drawn at every sheet of jobs that end their pages otherwise,
+  // with its text, and the line that turns it off.
+  size_t WatermarkPageHook(size_t i) {
+    if (At(i) == kWatermarkPageHookOff) {
+      Add(Fragment{"watermark-page-hook-off", i + 1, 1, 0, "", true, {}});
+      return 1;
+    }
+    if (At(i) != kWatermarkPageHookFirst) return 0;
+    Fragment f;
+    f.kind = "watermark-page-hook";
+    f.line = i + 1;
+    size_t k = 1;
+    for (; k < kPageHookMaxLines && i + k < lines.size(); ++k) {
+      const std::string_view line = At(i + k);
+      if (line == kWatermarkPageHookLast) break;
+      constexpr std::string_view kShow = " show";
+      if (EndsWith(line, kShow)) {
+        f.details.emplace_back("text", std::string(line.substr(0, line.size() - kShow.size())));
+      }
+      if (StartsWith(line, "/only true def")) f.details.emplace_back("sheets", "first only");
+    }
+    f.complete = At(i + k) == kWatermarkPageHookLast;
+    f.lines = f.complete ? k + 1 : 1;
+    const size_t taken = f.lines;
+    Add(std::move(f));
+    return taken;
+  }
+
   size_t Bracketed(size_t i) {
     if (At(i) != kBlockOpen || At(i + 1) != kBlockBegin) return 0;
     const std::string_view middle = At(i + 2);
@@ -218,6 +254,8 @@ const char* FragmentTitle(const std::string& kind) {
   if (kind == "watermark-prolog") return "watermark prolog";
   if (kind == "watermark-page-setup") return "watermark page setup";
   if (kind == "watermark-text") return "watermark text";
+  if (kind == "watermark-page-hook") return "watermark page-device hook";
+  if (kind == "watermark-page-hook-off") return "watermark page-device hook off";
   if (kind == "separator-pages") return "separator pages";
   if (kind == "booklet-margin-shift") return "booklet margin shift";
   if (kind == "auto-fit") return "auto-fit";
@@ -244,6 +282,7 @@ PostScriptReport InspectPostScript(std::string_view bytes, size_t offset) {
     size_t taken = scanner.WatermarkProlog(i);
     if (taken == 0) taken = scanner.WatermarkPageSetup(i);
     if (taken == 0) taken = scanner.WatermarkText(i);
+    if (taken == 0) taken = scanner.WatermarkPageHook(i);
     if (taken == 0) taken = scanner.Bracketed(i);
     i += taken == 0 ? 1 : taken;
   }

@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
@@ -16,6 +17,7 @@
 #include <vector>
 
 #include "filter_runner.h"
+#include "inspect/postscript_part.h"
 
 namespace {
 
@@ -294,6 +296,15 @@ TEST_P(RealDocumentTest, WatermarkOnEveryPrintedSheetAndOnePageLogLineEach) {
 
   Filtered marked = Filter(job, WatermarkOptions(d.onlyFirst));
   EXPECT_TRUE(LinesKept(job, marked.postscript));
+  // The inspector finds the page-device hook, and only it, with its text.
+  PostScriptReport report = InspectPostScript(marked.postscript, 0);
+  ASSERT_EQ(report.fragments.size(), 1u);
+  EXPECT_EQ(report.fragments[0].kind, "watermark-page-hook");
+  EXPECT_TRUE(report.fragments[0].complete);
+  const auto& details = report.fragments[0].details;
+  EXPECT_NE(std::find(details.begin(), details.end(), std::make_pair(std::string("text"),
+                                                                    std::string("(CONFIDENTIAL)"))),
+            details.end());
   std::string log;
   for (size_t page = 1; page <= d.logged; ++page) log += "PAGE:" + std::to_string(page) + " 1\n";
   EXPECT_EQ(marked.run.err, log);

@@ -162,9 +162,9 @@ void DrawText(const char* opening, FILE* stream) {
 // page device, or a bad font, loses the mark and never the job.
 void InstallPageHook(FILE* stream) {
   const WatermarkOptionRecord& w = psOptionWatermark;
+  KZfprintf(stream, kWatermarkPageHookFirst);
   KZfprintf(stream,
-            "mark{userdict/krfWM 4 dict put krfWM begin\n"
-            "currentglobal true setglobal/state 2 dict def setglobal"
+            "\ncurrentglobal true setglobal/state 2 dict def setglobal"
             " state/on true put state/sheets 0 put\n");
   KZfprintf(stream, w.onlyFirst == 0 ? "/only false def" : "/only true def");
   KZfprintf(stream,
@@ -183,13 +183,15 @@ void InstallPageHook(FILE* stream) {
             "}stopped cleartomark grestore}bind def end\n"
             "<</EndPage{userdict/krfWM get begin dup 0 eq state/on get and"
             "{state/sheets get dup 0 eq only not or{draw}if 1 add state exch/sheets exch put}if"
-            "/prev load end exec}bind>>systemdict/setpagedevice get exec\n"
-            "}stopped cleartomark\n");
+            "/prev load end exec}bind>>systemdict/setpagedevice get exec\n");
+  KZfprintf(stream, kWatermarkPageHookLast);
+  KZfprintf(stream, "\n");
 }
 
 // The job turned out to draw the text itself at its "ep"/"endp" lines.
 void RemovePageHook(FILE* stream) {
-  KZfprintf(stream, "userdict/krfWM known{krfWM/state get/on false put}if\n");
+  KZfprintf(stream, kWatermarkPageHookOff);
+  KZfprintf(stream, "\n");
 }
 
 }  // namespace
