@@ -186,6 +186,7 @@ TEST(JobText, NeverWritesPrinterCommands) {
       "\"",
       "\x01\x07\x0b\x0c\x1f\x7f",
       "a) show (\\",
+      "%n%s%x%p",  // never a format
   };
   for (const char* ppd : {"ppd/jobinfo-utf8-color.ppd", "ppd/legacy-mono.ppd"}) {
     for (const Path& path : kPaths) {

@@ -344,14 +344,27 @@ int32_t PagesPerSheetSide() {
 // Compared unsigned on purpose: a negative product is not "at most one".
 bool IsSinglePageSheet(int32_t pages) { return static_cast<uint32_t>(pages) <= 1; }
 
+void WriteLine(const char* line, FILE* stream) {
+  KZfprintf(stream, line);
+  KZfprintf(stream, "\n");
+}
+
 void BeginNonPPDFeature(FILE* stream) {
-  KZfprintf(stream, "[{\n");
-  KZfprintf(stream, "%%BeginNonPPDFeatures\n");
+  WriteLine(kNonPPDBlockOpen, stream);
+  WriteLine(kNonPPDBlockBegin, stream);
 }
 
 void EndNonPPDFeature(FILE* stream) {
-  KZfprintf(stream, "%%EndNonPPDFeatures\n");
-  KZfprintf(stream, "} stopped cleartomark\n");
+  WriteLine(kNonPPDBlockEnd, stream);
+  WriteLine(kNonPPDBlockClose, stream);
+}
+
+// The middle line of a fragment, cut at the line size as every formatted
+// PostScript line is.
+void WriteFragmentLine(const NonPPDFragment& fragment, const char* value, FILE* stream) {
+  char line[kFeaturesPSLineSize];
+  FormatText(line, sizeof line, "%s%s%s\n", fragment.before, value, fragment.after);
+  KZfprintf(stream, line);
 }
 
 }  // namespace
@@ -372,41 +385,28 @@ void FeaturesOutputPSCommandFromFilter(int32_t point, FILE* stream) {
 void FeaturesOutputSeparatorPages(FILE* stream) {
   const FeaturesOptionRecord& f = zpjlOptionFeatures;
   if (f.separatorPagesList == -1 || f.separatorPagesList == OptionSepratorPagesNone) return;
-  char line[kFeaturesPSLineSize];
   char pages[sizeof f.separatorPages];
   PostScriptNumberText(pages, sizeof pages, f.separatorPages);
   BeginNonPPDFeature(stream);
-  FormatText(line, sizeof line,
-             "1 dict dup/SeparatorPages[%s]put/Custom/ProcSet findresource/setcoverseparator get "
-             "exec\n",
-             pages);
-  KZfprintf(stream, line);
+  WriteFragmentLine(kSeparatorPagesFragment, pages, stream);
   EndNonPPDFeature(stream);
 }
 
 void FeaturesOutputAutoFit(FILE* stream) {
   const FeaturesOptionRecord& f = zpjlOptionFeatures;
   if (f.bookletMarginSwitch == -1 || f.bookletMarginSwitch == OptionBookletMarginNone) return;
-  char line[kFeaturesPSLineSize];
   char shift[sizeof f.bookletMarginShift];
   PostScriptNumberText(shift, sizeof shift, f.bookletMarginShift);
   BeginNonPPDFeature(stream);
-  FormatText(line, sizeof line,
-             "%s.000/Custom/ProcSet findresource/setsignatureimageshift get exec\n", shift);
-  KZfprintf(stream, line);
+  WriteFragmentLine(kBookletMarginShiftFragment, shift, stream);
   EndNonPPDFeature(stream);
 
   if (f.autoFitSwitch == -1) return;
+  // Longer than the line size, so written whole rather than formatted.
   BeginNonPPDFeature(stream);
-  if (f.autoFitSwitch == OptionAutoFitNone) {
-    KZfprintf(stream,
-              "/Custom/ProcSet findresource/setsignatureautoscale 2 copy known {get false exch "
-              "exec} {pop pop} ifelse\n");
-  } else {
-    KZfprintf(stream,
-              "/Custom/ProcSet findresource/setsignatureautoscale 2 copy known {get true exch "
-              "exec} {pop pop} ifelse\n");
-  }
+  KZfprintf(stream, kAutoFitFragment.before);
+  KZfprintf(stream, f.autoFitSwitch == OptionAutoFitNone ? "false" : "true");
+  WriteLine(kAutoFitFragment.after, stream);
   EndNonPPDFeature(stream);
 }
 

@@ -119,6 +119,26 @@ void FeaturesOutputAutoFit(FILE* stream);
 // Size of the buffer the variable PostScript lines are formatted into.
 constexpr size_t kFeaturesPSLineSize = 100;
 
+// The PostScript the module writes: each fragment is a block of these four
+// lines around one middle line, which is `before`, the value and `after`.
+// The inspector reads a job back by these same constants.
+inline constexpr char kNonPPDBlockOpen[] = "[{";
+inline constexpr char kNonPPDBlockBegin[] = "%%BeginNonPPDFeatures";
+inline constexpr char kNonPPDBlockEnd[] = "%%EndNonPPDFeatures";
+inline constexpr char kNonPPDBlockClose[] = "} stopped cleartomark";
+struct NonPPDFragment {
+  const char* before;
+  const char* after;
+};
+inline constexpr NonPPDFragment kSeparatorPagesFragment = {
+    "1 dict dup/SeparatorPages[", "]put/Custom/ProcSet findresource/setcoverseparator get exec"};
+inline constexpr NonPPDFragment kBookletMarginShiftFragment = {
+    "", ".000/Custom/ProcSet findresource/setsignatureimageshift get exec"};
+// The value is "true" or "false".
+inline constexpr NonPPDFragment kAutoFitFragment = {
+    "/Custom/ProcSet findresource/setsignatureautoscale 2 copy known {get ",
+    " exch exec} {pop pop} ifelse"};
+
 // @DIND, @DIBB and @DIBK from the job information comments record, on
 // printers whose language encoding is UTF-8 only.
 void OutputZPJLCommandforBooklet(FILE* stream);

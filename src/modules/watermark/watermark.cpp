@@ -96,12 +96,17 @@ int SlotOfPoint(int32_t point) {
 const char* OpeningLine(int slot) {
   switch (slot) {
     case kSlotEndPage:
-      return "pgsave restore /pgsave save store gsave\n";
+      return kWatermarkOpeningLines[0];
     case kSlotEndPageAlt:
-      return "pm restore /pm save store gsave\n";
+      return kWatermarkOpeningLines[1];
     default:
-      return "krfpgsave restore /krfpgsave save store gsave\n";
+      return kWatermarkOpeningLines[2];
   }
+}
+
+void WriteLine(const char* line, FILE* stream) {
+  KZfprintf(stream, line);
+  KZfprintf(stream, "\n");
 }
 
 float Faded(float component, int32_t density) {
@@ -124,23 +129,24 @@ const char* TextLines() {
   GetWatermarkPostion(&x, &y, w.hOffset, w.vOffset);
   char line[kWatermarkLineSize];
   ZeroText(lines, sizeof lines);
-  FormatText(line, sizeof line, "%.2f%c%.2f%c%.2f setrgbcolor\n",
+  FormatText(line, sizeof line, "%.2f%c%.2f%c%.2f %s\n",
              static_cast<double>(Faded(w.colorR, w.density)), ' ',
              static_cast<double>(Faded(w.colorG, w.density)), ' ',
-             static_cast<double>(Faded(w.colorB, w.density)));
+             static_cast<double>(Faded(w.colorB, w.density)), kWatermarkTextOperators[0]);
   AppendText(lines, sizeof lines, line);
   char font[sizeof w.font];
   PostScriptNameText(font, sizeof font, w.font);
-  FormatText(line, sizeof line, "/%s%c%d selectfont\n", font, ' ', w.fontSize);
+  FormatText(line, sizeof line, "/%s%c%d %s\n", font, ' ', w.fontSize,
+             kWatermarkTextOperators[1]);
   AppendText(lines, sizeof lines, line);
-  FormatText(line, sizeof line, "%.2f%c%.2f moveto\n", static_cast<double>(x), ' ',
-             static_cast<double>(y));
+  FormatText(line, sizeof line, "%.2f%c%.2f %s\n", static_cast<double>(x), ' ',
+             static_cast<double>(y), kWatermarkTextOperators[2]);
   AppendText(lines, sizeof lines, line);
-  FormatText(line, sizeof line, "%d rotate\n", w.angle);
+  FormatText(line, sizeof line, "%d %s\n", w.angle, kWatermarkTextOperators[3]);
   AppendText(lines, sizeof lines, line);
   char text[PostScriptStringSize(sizeof w.text)];
   PostScriptStringToken(text, sizeof text, w.text);
-  FormatText(line, sizeof line, "%s show\n", text);
+  FormatText(line, sizeof line, "%s %s\n", text, kWatermarkTextOperators[4]);
   AppendText(lines, sizeof lines, line);
   formattedFor = w;
   formatted = true;
@@ -148,9 +154,9 @@ const char* TextLines() {
 }
 
 void DrawText(const char* opening, FILE* stream) {
-  KZfprintf(stream, opening);
+  WriteLine(opening, stream);
   KZfprintf(stream, TextLines());
-  KZfprintf(stream, "grestore\n");
+  WriteLine(kWatermarkCloseLine, stream);
 }
 
 // The page-device hook for jobs that end their pages some other way: an
@@ -218,12 +224,10 @@ void WatermarkOutputPSCommandFromFilter(int32_t point, int32_t page, FILE* strea
     case kSlotProlog:
       // The dictionary stays open on purpose: the page fragments find
       // krfpgsave and krfbp through it.
-      KZfprintf(stream, "userdict/krfInfo 2 dict dup begin\n");
-      KZfprintf(stream, "/krfpgsave 0 def\n");
-      KZfprintf(stream, "/krfbp{/krfpgsave save restore} bind def\n");
+      for (const char* line : kWatermarkPrologLines) WriteLine(line, stream);
       break;
     case kSlotPageSetup:
-      KZfprintf(stream, "krfbp\n");
+      WriteLine(kWatermarkPageSetupLine, stream);
       break;
     default:
       DrawText(OpeningLine(slot), stream);
