@@ -29,27 +29,7 @@ PAPPL_LIMITS = {
     "PWG 5100.14 section 5.1/5.2 - Required Operations and Attributes",  # overrides
 }
 
-SECURE_JOB = """{
-  NAME "secure print"
-  OPERATION Print-Job
-  GROUP operation-attributes-tag
-  ATTR charset attributes-charset utf-8
-  ATTR naturalLanguage attributes-natural-language en
-  ATTR uri printer-uri $uri
-  ATTR name requesting-user-name alice
-  ATTR name job-name "Quarterly report"
-  ATTR mimeMediaType document-format $format
-  ATTR octetString job-password "$password"
-  ATTR keyword job-password-encryption $encryption
-  GROUP job-attributes-tag
-  ATTR name job-account-id "ACC-42"
-  ATTR name job-accounting-user-id "bob com.korvanel.qd.jtz.printsettings.PrintTypeTicketKey=5"
-  ATTR enum finishings 4
-  ATTR text zpjl-watermark-text "DRAFT (1)"
-  FILE $filename
-  STATUS successful-ok
-}
-"""
+SECURE_JOB = "examples/secure-print.test"
 
 PLAIN_JOB = """{
   NAME "plain job"
@@ -178,10 +158,13 @@ class PrinterApp(unittest.TestCase):
             shutil.copy(os.path.join(IPPTOOL_DIR, name), d)
 
     def ipptool(self, printer, test_text, document, fmt, **defines):
-        test = os.path.join(self.work, "job.test")
-        with open(test, "w") as out:
-            out.write(test_text)
-        args = ["ipptool", "-t", "-f", document, "-d", "format=" + fmt]
+        test = os.path.join(ARGS.source, "examples/secure-print.test")
+        if test_text is not SECURE_JOB:
+            test = os.path.join(self.work, "job.test")
+            with open(test, "w") as out:
+                out.write(test_text)
+        args = ["ipptool", "-t", "-f", document, "-d", "format=" + fmt, "-d",
+                "accounting_user=bob com.korvanel.qd.jtz.printsettings.PrintTypeTicketKey=5"]
         for name, value in defines.items():
             args += ["-d", "%s=%s" % (name, value)]
         uri = "ipp://127.0.0.1:%d/ipp/print/%s" % (self.port, printer)
