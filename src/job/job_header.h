@@ -30,6 +30,11 @@ void BindFrameTables();
 // "@PJL SET STRINGCODESET=UTF8\n" when the PPD declares UTF-8, else nothing.
 void OutputZPJLCommandLanguageEncodingForKQM4T2A(FILE* stream);
 
+// The names of the envelope's lines: its one setting and its two commands
+// ("@PJL <command>=...").
+inline constexpr char kEncodingSettingName[] = "STRINGCODESET";
+inline constexpr const char* EnvelopeCommandNames[] = {"JOB MODE", "ENTER LANGUAGE"};
+
 // The whole job header, from the universal exit language to the language
 // switch, to `stream` through the output channel; without a stream, to
 // standard output.
