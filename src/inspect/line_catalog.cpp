@@ -587,7 +587,7 @@ LineClass LineCatalog::ClassifyHeaderLine(std::string_view bytes) const {
   for (const NamedLine& named : kNamesWrittenByCode) {
     if (named.kind != line.kind || line.name != named.name) continue;
     result.group = named.group;
-    result.expectedEnding = named.name == EnvelopeCommandNames[0] ? "CR LF" : "LF";
+    result.expectedEnding = named.name == kJobModeCommandName ? "CR LF" : "LF";
     result.exactRow = line.wellFormed && EndingOf(bytes) == result.expectedEnding &&
                       (line.kind != LineKind::kSet || !line.quoted);
     return result;

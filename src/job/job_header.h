@@ -33,7 +33,10 @@ void OutputZPJLCommandLanguageEncodingForKQM4T2A(FILE* stream);
 // The names of the envelope's lines: its one setting and its two commands
 // ("@PJL <command>=...").
 inline constexpr char kEncodingSettingName[] = "STRINGCODESET";
-inline constexpr const char* EnvelopeCommandNames[] = {"JOB MODE", "ENTER LANGUAGE"};
+inline constexpr char kJobModeCommandName[] = "JOB MODE";
+inline constexpr char kEnterLanguageCommandName[] = "ENTER LANGUAGE";
+inline constexpr const char* EnvelopeCommandNames[] = {kJobModeCommandName,
+                                                       kEnterLanguageCommandName};
 
 // The whole job header, from the universal exit language to the language
 // switch, to `stream` through the output channel; without a stream, to

@@ -23,8 +23,10 @@ void OutputZPJLCommandOthers(FILE* stream);
 
 // The settings ("@PJL SET <name>=") and attributes the two writers above put
 // in the header.
-inline constexpr const char* DeviceSettingsSetNames[] = {"ECONOMODE", "REDUCTIONRATE",
-                                                         "RENDERMODE"};
+inline constexpr char kTonerSaverSettingName[] = "ECONOMODE";
+inline constexpr char kReductionRateSettingName[] = "REDUCTIONRATE";
+inline constexpr const char* DeviceSettingsSetNames[] = {
+    kTonerSaverSettingName, kReductionRateSettingName, "RENDERMODE"};
 inline constexpr const char* DeviceSettingsAttributeNames[] = {"LWAD"};
 
 // One row of the device-settings command table: PPD option keyword (without

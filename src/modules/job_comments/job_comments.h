@@ -74,8 +74,10 @@ extern const char* const kCommentedModelList[];
 void OutputZPJLCommandForJobInformation(FILE* stream);
 
 // The items of the block's lines ("@PJL COMMENT PRINTJOBINFO <item>=...").
+inline constexpr char kCommentVersionItem[] = "VERSION";
+inline constexpr char kCommentEndItem[] = "END";
 inline constexpr const char* CommentItemNames[] = {
-    "VERSION", "BEGIN", "PDLTYPE", "JOBTYPE", "JOBCOPIES", "PAGECOPIES", "DUPLEXTYPE", "COLORMODE",
-    "NUP", "STAPLE", "PUNCH", "BOOKLETTYPE", "ORIENTATION", "NUPEX", "SADDLESTAPLE", "STAPLEEX",
-    "PUNCHEX", "MIXEDSIZETYPE", "CUD", "END",
+    kCommentVersionItem, "BEGIN", "PDLTYPE", "JOBTYPE", "JOBCOPIES", "PAGECOPIES", "DUPLEXTYPE",
+    "COLORMODE", "NUP", "STAPLE", "PUNCH", "BOOKLETTYPE", "ORIENTATION", "NUPEX", "SADDLESTAPLE",
+    "STAPLEEX", "PUNCHEX", "MIXEDSIZETYPE", "CUD", kCommentEndItem,
 };
