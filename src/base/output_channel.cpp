@@ -2,22 +2,32 @@
 
 #include "base/job_state.h"
 
+namespace {
+
+FILE* gHeldStream = nullptr;
+
+bool Mirrored(FILE* stream) { return gJobFilefp != nullptr && stream != gHeldStream; }
+
+}  // namespace
+
+void SetHeldStream(FILE* stream) { gHeldStream = stream; }
+
 void KZfwrite(const void* buffer, size_t itemSize, size_t itemCount, FILE* stream) {
-  if (gJobFilefp != nullptr) fwrite(buffer, itemSize, itemCount, gJobFilefp);
+  if (Mirrored(stream)) fwrite(buffer, itemSize, itemCount, gJobFilefp);
   fwrite(buffer, itemSize, itemCount, stream);
 }
 
 void KZfputs(const char* text, FILE* stream) {
-  if (gJobFilefp != nullptr) fputs(text, gJobFilefp);
+  if (Mirrored(stream)) fputs(text, gJobFilefp);
   fputs(text, stream);
 }
 
 int KZfputc(int character, FILE* stream) {
-  if (gJobFilefp != nullptr) fputc(character, gJobFilefp);
+  if (Mirrored(stream)) fputc(character, gJobFilefp);
   return fputc(character, stream);
 }
 
 void KZfprintf(FILE* stream, const char* text) {
-  if (gJobFilefp != nullptr) fputs(text, gJobFilefp);
+  if (Mirrored(stream)) fputs(text, gJobFilefp);
   fprintf(stream, "%s", text);
 }

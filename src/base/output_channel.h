@@ -13,3 +13,8 @@ int KZfputc(int character, FILE* stream);
 
 // Writes one ready-made string; it is never taken as a format.
 void KZfprintf(FILE* stream, const char* text);
+
+// A stream whose bytes are held back to be written out later: the writers
+// do not mirror it, so the copy gets those bytes when they are written out
+// (nullptr: none).
+void SetHeldStream(FILE* stream);

@@ -1,5 +1,7 @@
 #include "engine/condition.h"
 
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "engine/command.h"
@@ -14,6 +16,12 @@ void InitializeCmdParaTable(ParamTable* table, int32_t count, const ParamPointer
 void InitializeComparationTable(ConditionTable* table, int32_t count, const ConditionItem* items) {
   table->count = count;
   table->items = items;
+}
+
+void RequireCmdParaTable(const ParamTable& table, int32_t count, const ParamPointer* list) {
+  if (table.count == count && table.list == list) return;
+  std::fputs("ERROR: a parameter table does not hold its static list\n", stderr);
+  std::abort();
 }
 
 int ConditionCompare(const ConditionTable* table) {

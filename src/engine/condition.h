@@ -30,6 +30,12 @@ using ParamPointer = const void*;
 void InitializeCmdParaTable(ParamTable* table, int32_t count, const ParamPointer* list);
 void InitializeComparationTable(ConditionTable* table, int32_t count, const ConditionItem* items);
 
+// The modules' parameter tables are constants bound by the compiler; their
+// initialisers check with this that each still holds its static list and
+// its stated count. A mismatch is a build defect, never job data: the filter
+// stops before it writes a byte.
+void RequireCmdParaTable(const ParamTable& table, int32_t count, const ParamPointer* list);
+
 // 1 when the table holds (an empty table holds), else 0.
 int ConditionCompare(const ConditionTable* table);
 

@@ -4,13 +4,14 @@
 
 #include "base/output_channel.h"
 
-void OutputZPJLCommandFromArray(char* argv[], const FormatEntry* table, int32_t count) {
+void OutputZPJLCommandFromArray(char* argv[], const FormatEntry* table, int32_t count,
+                                FILE* stream) {
   (void)argv;
   char line[kCommandBufferSize];
   for (int32_t i = 0; i < count; ++i) {
     const FormatEntry& row = table[i];
     if (row.conditions != nullptr && ConditionCompare(row.conditions) != 1) continue;
     BuildPrintComand(row.format, row.params, line, sizeof line);
-    KZfputs(line, stdout);
+    KZfputs(line, stream);
   }
 }

@@ -2,6 +2,10 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
+
+#include "modules/features/features.h"
+#include "modules/watermark/watermark.h"
 
 namespace {
 
@@ -42,37 +46,23 @@ constexpr std::string_view kEndPageSetup = "%%EndPageSetup";
 constexpr std::string_view kSetPageDeviceOff = "userdict/setpagedevice{pop}bind put";
 
 // ---- Watermark ----------------------------------------------------------------
+// Its lines come from the module that writes them.
 
-const std::string_view kWatermarkProlog[] = {
-    "userdict/krfInfo 2 dict dup begin",
-    "/krfpgsave 0 def",
-    "/krfbp{/krfpgsave save restore} bind def",
-};
-constexpr std::string_view kWatermarkPageSetup = "krfbp";
-// The line that opens a text block, by the page end it stands before.
-const std::string_view kWatermarkOpenings[] = {
-    "pgsave restore /pgsave save store gsave",
-    "pm restore /pm save store gsave",
-    "krfpgsave restore /krfpgsave save store gsave",
-};
-// The lines of a text block after its opening: the operator that ends each
-// and the detail it carries.
-struct TextBlockLine {
-  std::string_view suffix;
-  const char* detail;
-};
-const TextBlockLine kWatermarkBlock[] = {
-    {" setrgbcolor", "colour"}, {" selectfont", "font"}, {" moveto", "position"},
-    {" rotate", "angle"},       {" show", "text"},
-};
-constexpr std::string_view kWatermarkClose = "grestore";
+// What each line of a text block carries, by the operator that ends it.
+const char* const kWatermarkDetails[] = {"colour", "font", "position", "angle", "text"};
+static_assert(std::size(kWatermarkDetails) == std::size(kWatermarkTextOperators),
+              "one detail per text line");
+
+// The page-device hook of jobs that do not end their pages in "ep"/"endp":
+// the block's last line lies within this many lines of its first.
+constexpr size_t kPageHookMaxLines = 16;
 
 // ---- Separator pages and auto-fit -----------------------------------------------
 
-constexpr std::string_view kBlockOpen = "[{";
-constexpr std::string_view kBlockBegin = "%%BeginNonPPDFeatures";
-constexpr std::string_view kBlockEnd = "%%EndNonPPDFeatures";
-constexpr std::string_view kBlockClose = "} stopped cleartomark";
+constexpr std::string_view kBlockOpen = kNonPPDBlockOpen;
+constexpr std::string_view kBlockBegin = kNonPPDBlockBegin;
+constexpr std::string_view kBlockEnd = kNonPPDBlockEnd;
+constexpr std::string_view kBlockClose = kNonPPDBlockClose;
 
 // The middle line of a bracketed block: text before and after its value.
 struct BracketedFragment {
@@ -82,12 +72,10 @@ struct BracketedFragment {
   const char* detail;
 };
 const BracketedFragment kBracketed[] = {
-    {"separator-pages", "1 dict dup/SeparatorPages[",
-     "]put/Custom/ProcSet findresource/setcoverseparator get exec", "pages"},
-    {"booklet-margin-shift", "", ".000/Custom/ProcSet findresource/setsignatureimageshift get exec",
-     "shift (mm)"},
-    {"auto-fit", "/Custom/ProcSet findresource/setsignatureautoscale 2 copy known {get ",
-     " exch exec} {pop pop} ifelse", "auto-fit"},
+    {"separator-pages", kSeparatorPagesFragment.before, kSeparatorPagesFragment.after, "pages"},
+    {"booklet-margin-shift", kBookletMarginShiftFragment.before,
+     kBookletMarginShiftFragment.after, "shift (mm)"},
+    {"auto-fit", kAutoFitFragment.before, kAutoFitFragment.after, "auto-fit"},
 };
 
 // Where the filter puts each fragment: after or before a structural line.
@@ -101,6 +89,8 @@ const AnchorRule kAnchors[] = {
     {"watermark-page-setup", true, kEndPageSetup},
     {"watermark-text", false, "ep"},
     {"watermark-text", false, "endp"},
+    {"watermark-page-hook-off", false, "ep"},
+    {"watermark-page-hook-off", false, "endp"},
     {"separator-pages", false, kEndProlog},
     {"separator-pages", false, kSetPageDeviceOff},
     {"booklet-margin-shift", false, kEndSetup},
@@ -121,19 +111,20 @@ struct Scanner {
 
   // Each recogniser returns the lines it took at `i`, or 0.
   size_t WatermarkProlog(size_t i) {
-    for (size_t k = 0; k < 3; ++k) {
-      if (At(i + k) != kWatermarkProlog[k]) return 0;
+    const size_t count = std::size(kWatermarkPrologLines);
+    for (size_t k = 0; k < count; ++k) {
+      if (At(i + k) != kWatermarkPrologLines[k]) return 0;
     }
     Fragment f;
     f.kind = "watermark-prolog";
     f.line = i + 1;
-    f.lines = 3;
+    f.lines = count;
     Add(std::move(f));
-    return 3;
+    return count;
   }
 
   size_t WatermarkPageSetup(size_t i) {
-    if (At(i) != kWatermarkPageSetup) return 0;
+    if (At(i) != kWatermarkPageSetupLine) return 0;
     Fragment f;
     f.kind = "watermark-page-setup";
     f.line = i + 1;
@@ -144,31 +135,36 @@ struct Scanner {
 
   size_t WatermarkText(size_t i) {
     bool opening = false;
-    for (std::string_view candidate : kWatermarkOpenings) opening = opening || At(i) == candidate;
+    for (std::string_view candidate : kWatermarkOpeningLines) {
+      opening = opening || At(i) == candidate;
+    }
     if (!opening) return 0;
     Fragment f;
     f.kind = "watermark-text";
     f.line = i + 1;
     size_t k = 1;
-    for (const TextBlockLine& expected : kWatermarkBlock) {
+    for (size_t n = 0; n < std::size(kWatermarkTextOperators); ++n) {
+      const std::string suffix = std::string(" ") + kWatermarkTextOperators[n];
       const std::string_view line = At(i + k);
-      if (!EndsWith(line, expected.suffix)) {
+      if (!EndsWith(line, suffix)) {
         // A line longer than its 99-byte buffer lost its end and ran into
         // the next one; take what there is up to the closing grestore.
         f.complete = false;
         break;
       }
-      f.details.emplace_back(expected.detail,
-                             std::string(line.substr(0, line.size() - expected.suffix.size())));
+      f.details.emplace_back(kWatermarkDetails[n],
+                             std::string(line.substr(0, line.size() - suffix.size())));
       ++k;
     }
-    if (f.complete && At(i + k) == kWatermarkClose) {
+    if (f.complete && At(i + k) == kWatermarkCloseLine) {
       ++k;
     } else {
       f.complete = false;
       // Stop at the grestore that closes the block, within its few lines.
       size_t end = k;
-      while (end < 8 && i + end < lines.size() && !EndsWith(At(i + end), kWatermarkClose)) ++end;
+      while (end < 8 && i + end < lines.size() && !EndsWith(At(i + end), kWatermarkCloseLine)) {
+        ++end;
+      }
       k = i + end < lines.size() && end < 8 ? end + 1 : k;
     }
     f.lines = k;
@@ -176,6 +172,34 @@ struct Scanner {
     if (next == "ep" || next == "endp") f.page = report->pages + 1;
     Add(std::move(f));
     return k;
+  }
+
+  // The hook drawn at every sheet of jobs that end their pages otherwise,
+  // with its text, and the line that turns it off.
+  size_t WatermarkPageHook(size_t i) {
+    if (At(i) == kWatermarkPageHookOff) {
+      Add(Fragment{"watermark-page-hook-off", i + 1, 1, 0, "", true, {}});
+      return 1;
+    }
+    if (At(i) != kWatermarkPageHookFirst) return 0;
+    Fragment f;
+    f.kind = "watermark-page-hook";
+    f.line = i + 1;
+    size_t k = 1;
+    for (; k < kPageHookMaxLines && i + k < lines.size(); ++k) {
+      const std::string_view line = At(i + k);
+      if (line == kWatermarkPageHookLast) break;
+      constexpr std::string_view kShow = " show";
+      if (EndsWith(line, kShow)) {
+        f.details.emplace_back("text", std::string(line.substr(0, line.size() - kShow.size())));
+      }
+      if (StartsWith(line, "/only true def")) f.details.emplace_back("sheets", "first only");
+    }
+    f.complete = At(i + k) == kWatermarkPageHookLast;
+    f.lines = f.complete ? k + 1 : 1;
+    const size_t taken = f.lines;
+    Add(std::move(f));
+    return taken;
   }
 
   size_t Bracketed(size_t i) {
@@ -218,6 +242,8 @@ const char* FragmentTitle(const std::string& kind) {
   if (kind == "watermark-prolog") return "watermark prolog";
   if (kind == "watermark-page-setup") return "watermark page setup";
   if (kind == "watermark-text") return "watermark text";
+  if (kind == "watermark-page-hook") return "watermark page-device hook";
+  if (kind == "watermark-page-hook-off") return "watermark page-device hook off";
   if (kind == "separator-pages") return "separator pages";
   if (kind == "booklet-margin-shift") return "booklet margin shift";
   if (kind == "auto-fit") return "auto-fit";
@@ -244,6 +270,7 @@ PostScriptReport InspectPostScript(std::string_view bytes, size_t offset) {
     size_t taken = scanner.WatermarkProlog(i);
     if (taken == 0) taken = scanner.WatermarkPageSetup(i);
     if (taken == 0) taken = scanner.WatermarkText(i);
+    if (taken == 0) taken = scanner.WatermarkPageHook(i);
     if (taken == 0) taken = scanner.Bracketed(i);
     i += taken == 0 ? 1 : taken;
   }

@@ -37,7 +37,8 @@ struct PostScriptReport {
 };
 
 // "watermark-prolog", "watermark-page-setup", "watermark-text",
-// "separator-pages", "booklet-margin-shift", "auto-fit".
+// "watermark-page-hook", "watermark-page-hook-off", "separator-pages",
+// "booklet-margin-shift", "auto-fit".
 const char* FragmentTitle(const std::string& kind);
 
 // Analyses `bytes`, which start at `offset` of the stream.

@@ -90,9 +90,8 @@ void OutputPJLForFeatureLine(FeatureScanState& state, const char* line, size_t l
   }
 
   if (state.resolutionPending && (state.resolution == 600 || state.resolution == 1200)) {
-    WriteOut(state.resolution == 600 ? "@PJL SET RESOLUTION=600\n" : "@PJL SET RESOLUTION=1200\n");
-    WriteOut("@PJL SET BITSPERPIXEL=1\n");
-    WriteOut("@PJL SET JOBATTR=\"@DRDM=RASTER\"\n");
+    WriteOut(state.resolution == 600 ? kResolution600Line : kResolution1200Line);
+    for (const char* line : kRasterLines) WriteOut(line);
     state.resolutionPending = false;
   }
 
@@ -151,10 +150,14 @@ class SpoolSink : public LineSink {
  public:
   SpoolSink(char* argv[], FILE* spool) : argv_(argv), spool_(spool) {
     known_ = StructuralLineCandidates();
-    known_.Add(kFeaturePrefix, sizeof kFeaturePrefix - 1);
-    known_.AddLengthsFrom(sizeof kFeaturePrefix - 1);
+    known_.AddLengthsFrom(kFeaturePrefix, sizeof kFeaturePrefix - 1);
+    lines_.Start();
   }
-  void Chunk(const char* bytes, size_t length) override { KZfwrite(bytes, 1, length, spool_); }
+  void Chunk(const char* bytes, size_t length) override {
+    if (lines_.SeekingCode()) lines_.BeforeCode(lines_.Target(spool_));
+    KZfwrite(bytes, 1, length, lines_.Target(spool_));
+    lines_.CheckHeld(spool_);
+  }
   bool Line(const char* line, size_t length, char terminator) override {
     if (IsFeatureLine(line, length)) {
       OutputPJLForFeatureLine(features_, line, length);
@@ -167,15 +170,20 @@ class SpoolSink : public LineSink {
     block_ = bytes;
     hints_ = FindPatterns(bytes, length, kScreenHintFirst, kScreenHintSecond, hintOffsets_,
                           kHintCapacity);
-    candidates_ = hints_ == 0 ? known_ : LineCandidates();
+    candidates_ = hints_ == 0 && !lines_.SeekingCode() ? known_ : LineCandidates();
   }
   bool Plain(const char* line, size_t length) override {
     if (IsFeatureLine(line, length) || ClassifyPSLine(line, length) != PSLineKind::kPlain) {
       return false;
     }
+    if (lines_.SeekingCode() && length > 0 && line[0] != '%') return false;
     return !(MayBeScreenLine(line, length) && IsScreenLine(line, length));
   }
-  void Span(const char* bytes, size_t length) override { KZfwrite(bytes, 1, length, spool_); }
+  void Span(const char* bytes, size_t length) override {
+    KZfwrite(bytes, 1, length, lines_.Target(spool_));
+    lines_.CheckHeld(spool_);
+  }
+  void Finish(bool stopped) { FinishPSLines(lines_, argv_, spool_, stopped); }
 
  private:
   static constexpr size_t kHintCapacity = 64;
@@ -197,8 +205,7 @@ class SpoolSink : public LineSink {
   uint32_t hintOffsets_[kHintCapacity];
 };
 
-bool IsPageEnd(const char* line, size_t length) {
-  PSLineKind kind = ClassifyPSLine(line, length);
+bool IsPageEnd(PSLineKind kind) {
   return kind == PSLineKind::kEndPage || kind == PSLineKind::kEndPageAlt ||
          kind == PSLineKind::kShowPage;
 }
@@ -207,18 +214,24 @@ bool IsPageEnd(const char* line, size_t length) {
 // page ends, where a cancel is seen, are more than copied.
 class CopyOutSink : public LineSink {
  public:
-  CopyOutSink() {
-    candidates_ = LineCandidates::None();
-    for (const char* end : {"ep", "endp", "showpage"}) candidates_.Add(end, std::strlen(end));
-  }
+  CopyOutSink() { candidates_ = StructuralLineCandidates(); }
   void Chunk(const char* bytes, size_t length) override { fwrite(bytes, 1, length, stdout); }
   bool Line(const char* line, size_t length, char terminator) override {
+    PSLineKind kind = ClassifyPSLine(line, length);
+    if (kind == PSLineKind::kEndPage || kind == PSLineKind::kEndPageAlt) marks_.endsPages = true;
+    // A job that does not end its pages in "ep"/"endp" stops before its next page.
+    if (marks_.EndsPage(kind) && CancelJob == 1) return false;
     fwrite(line, 1, length, stdout);
     fputc(static_cast<unsigned char>(terminator), stdout);
-    return !(IsPageEnd(line, length) && CancelJob == 1);
+    return !(IsPageEnd(kind) && CancelJob == 1);
   }
-  bool Plain(const char* line, size_t length) override { return !IsPageEnd(line, length); }
+  bool Plain(const char* line, size_t length) override {
+    return ClassifyPSLine(line, length) == PSLineKind::kPlain;
+  }
   void Span(const char* bytes, size_t length) override { fwrite(bytes, 1, length, stdout); }
+
+ private:
+  PageMarks marks_;
 };
 
 int OpenInput(int argc, char* argv[]) {
@@ -284,7 +297,11 @@ void OutputPSStreamtoFileandInsertPJLforFeaturePDE(int argc, char* argv[]) {
   LineScanner scanner(sink);
   int last = -1;
   // On cancel everything stops here: no language switch, no second pass.
-  if (!SpoolWithLookAhead(input, scanner, &last)) return;
+  if (!SpoolWithLookAhead(input, scanner, &last)) {
+    sink.Finish(true);
+    return;
+  }
+  sink.Finish(false);
   if (last >= 0) KZfputc(last, spool);
   if (last != kEndOfJob) KZfputc(kEndOfJob, spool);
   if (input != STDIN_FILENO) close(input);

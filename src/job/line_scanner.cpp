@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
@@ -25,30 +26,33 @@ const char* FindByte(const char* from, const char* end, char byte) {
 
 }  // namespace
 
-LineCandidates::LineCandidates() : lengths_(~uint64_t{0}) {
+LineCandidates::LineCandidates() {
   std::fill(std::begin(firsts_), std::end(firsts_), true);
+  std::fill(std::begin(lengths_), std::end(lengths_), ~uint64_t{0});
 }
 
 LineCandidates LineCandidates::None() {
   LineCandidates none;
-  none.lengths_ = 0;
   std::fill(std::begin(none.firsts_), std::end(none.firsts_), false);
+  std::fill(std::begin(none.lengths_), std::end(none.lengths_), uint64_t{0});
   return none;
 }
 
 void LineCandidates::Add(const char* line, size_t length) {
-  lengths_ |= uint64_t{1} << (length < 63 ? length : 63);
+  uint64_t bit = uint64_t{1} << (length < 63 ? length : 63);
   // An empty line starts with its terminator.
-  if (length == 0) {
-    firsts_[static_cast<unsigned char>('\r')] = true;
-    firsts_[static_cast<unsigned char>('\n')] = true;
-  } else {
-    firsts_[static_cast<unsigned char>(line[0])] = true;
+  for (char first : length == 0 ? std::string_view("\r\n") : std::string_view(line, 1)) {
+    firsts_[static_cast<unsigned char>(first)] = true;
+    lengths_[static_cast<unsigned char>(first)] |= bit;
   }
 }
 
-void LineCandidates::AddLengthsFrom(size_t length) {
-  for (size_t bit = length < 63 ? length : 63; bit < 64; ++bit) lengths_ |= uint64_t{1} << bit;
+void LineCandidates::AddLengthsFrom(const char* line, size_t length) {
+  unsigned char first = static_cast<unsigned char>(line[0]);
+  firsts_[first] = true;
+  for (size_t bit = length < 63 ? length : 63; bit < 64; ++bit) {
+    lengths_[first] |= uint64_t{1} << bit;
+  }
 }
 
 bool LineSink::Plain(const char*, size_t) { return false; }
@@ -145,8 +149,8 @@ template <uint64_t (*Ends)(const char*)>
 inline bool LineScanner::FeedWith(const char* bytes, size_t length) {
   const char* end = bytes + length;
   sink_.Block(bytes, length);
-  // A copy the calls below cannot change, so the loop keeps it in registers.
-  const LineCandidates candidates = sink_.candidates();
+  // Sinks change their candidates only in Block().
+  const LineCandidates& candidates = sink_.candidates();
   const char* line = bytes;  // start of the line being scanned
   const char* span = bytes;  // plain lines from here to `line` are not handed out yet
   bool carried = length_ > 0;  // the line continues text of earlier blocks

@@ -26,7 +26,7 @@ uint64_t WindowLineEndsAvx2(const char* bytes);  // 64 bytes; only where HasAvx2
 uint64_t LineEndMask(const char* bytes, size_t length);
 
 // A quick pre-test of the lines a sink has to look at: a line may be other
-// than plain only when both its length and its first byte are admitted (all
+// than plain only when its length is admitted for its first byte (all
 // lengths of 63 bytes and more count as one). By default every line is.
 class LineCandidates {
  public:
@@ -34,18 +34,19 @@ class LineCandidates {
   static LineCandidates None();
   // Admits lines of this one's length and first byte.
   void Add(const char* line, size_t length);
-  // Admits the lengths from `length` on (first bytes come from Add).
-  void AddLengthsFrom(size_t length);
+  // Admits lines of this one's first byte and any length from `length` on.
+  void AddLengthsFrom(const char* line, size_t length);
   bool Admit(const char* line, size_t length) const {
     // The first byte turns most lines away; the length is looked at after.
-    if (!firsts_[static_cast<unsigned char>(line[0])]) return false;
+    unsigned char first = static_cast<unsigned char>(line[0]);
+    if (!firsts_[first]) return false;
     size_t bit = length < 63 ? length : 63;
-    return ((lengths_ >> bit) & 1) != 0;
+    return ((lengths_[first] >> bit) & 1) != 0;
   }
 
  private:
-  uint64_t lengths_;
-  bool firsts_[256];
+  bool firsts_[256];       // some length is admitted
+  uint64_t lengths_[256];  // by first byte, one bit per length
 };
 
 class LineSink {

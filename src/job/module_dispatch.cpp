@@ -33,20 +33,20 @@ int GetTicketFromPDE(char* argv[]) {
   return 1;
 }
 
-void OutputZPJLCommandFromFilter(char* argv[]) {
-  PrintTypeOutputZPJLCommandFromFilter(argv);
-  JBAOutputZPJLCommandFromFilter(argv);
-  FeaturesOutputZPJLCommandFromFilter(argv);
+void OutputZPJLCommandFromFilter(char* argv[], FILE* stream) {
+  PrintTypeOutputZPJLCommandFromFilter(argv, stream);
+  JBAOutputZPJLCommandFromFilter(argv, stream);
+  FeaturesOutputZPJLCommandFromFilter(argv, stream);
 }
 
-void OutputZPJLCommandFromModules(char* argv[]) {
-  OutputZPJLCommandFromFilter(argv);
-  OutputZPJLCommandforPerfectBind();
-  OutputZPJLCommandforBooklet();
-  OutputZPJLCommandForTonerSaver();
-  OutputZPJLCommandOthers();
-  OutputZPJLCommandForSpecialPage(argv);
-  OutputZPJLCommandForJobInformation();
+void OutputZPJLCommandFromModules(char* argv[], FILE* stream) {
+  OutputZPJLCommandFromFilter(argv, stream);
+  OutputZPJLCommandforPerfectBind(stream);
+  OutputZPJLCommandforBooklet(stream);
+  OutputZPJLCommandForTonerSaver(stream);
+  OutputZPJLCommandOthers(stream);
+  OutputZPJLCommandForSpecialPage(argv, stream);
+  OutputZPJLCommandForJobInformation(stream);
 }
 
 void OutputPSCommandFromFilter(int32_t point, int32_t page, FILE* stream) {
@@ -58,3 +58,5 @@ void ResetModuleState() {
   CommentResetOptionRecord();
   ResetWatermarkState();
 }
+
+bool PageHookWanted() { return WatermarkWantsPageHook(); }

@@ -13,16 +13,22 @@ void InializeDescriptionTableFromFilter();
 // Reads the job ticket into every module's option record. Always returns 1.
 int GetTicketFromPDE(char* argv[]);
 
-// The table-driven header lines of the print type, accounting and finishing modules.
-void OutputZPJLCommandFromFilter(char* argv[]);
+// The table-driven header lines of the print type, accounting and finishing
+// modules, to `stream`.
+void OutputZPJLCommandFromFilter(char* argv[], FILE* stream);
 
-// Every module's header lines in the header's order: the table-driven lines
-// above, perfect binding, booklet, toner saver, line weight and render mode,
-// special pages, then the PRINTJOBINFO block.
-void OutputZPJLCommandFromModules(char* argv[]);
+// Every module's header lines in the header's order, to `stream`: the
+// table-driven lines above, perfect binding, booklet, toner saver, line
+// weight and render mode, special pages, then the PRINTJOBINFO block.
+void OutputZPJLCommandFromModules(char* argv[], FILE* stream);
 
 // Lets the PostScript modules write at an injection point of the job.
 void OutputPSCommandFromFilter(int32_t point, int32_t page, FILE* stream);
 
 // Puts the modules' process-wide state back to its start value.
 void ResetModuleState();
+
+// Whether a module draws on every page it asks for, so that jobs which end
+// their pages in other ways than the application shape need the page-device
+// hook (injection point 40).
+bool PageHookWanted();

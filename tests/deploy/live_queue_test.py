@@ -52,6 +52,29 @@ INSERTION_OPTIONS = [
 ]
 
 
+# A job whose pages end inside a procedure, as most programs write them: the
+# filter counts its page comments.
+THREE_PAGE_JOB = "".join(
+    ["%!PS-Adobe-3.0\n%%Pages: 3\n%%EndComments\n%%BeginProlog\n/EP{showpage}bind def\n"
+     "%%EndProlog\n"] +
+    ["%%%%Page: %d %d\n/Courier findfont 24 scalefont setfont 72 720 moveto (Page %s) show EP\n"
+     % (n, n, word) for n, word in ((1, "one"), (2, "two"), (3, "three"))] + ["%%EOF\n"])
+
+# What the scheduler counted for a job.
+GET_JOB_TEST = """{
+OPERATION Get-Job-Attributes
+GROUP operation-attributes-tag
+ATTR charset attributes-charset utf-8
+ATTR naturalLanguage attributes-natural-language en
+ATTR uri job-uri $uri
+ATTR name requesting-user-name %s
+ATTR keyword requested-attributes job-media-sheets-completed
+STATUS successful-ok
+DISPLAY job-media-sheets-completed
+}
+""" % USER
+
+
 class LiveQueueTest(unittest.TestCase):
     root = None
 
@@ -84,7 +107,11 @@ class LiveQueueTest(unittest.TestCase):
         job = os.path.join(ARGS.source, "tests", "fixtures", "ps", "two-page-job.ps")
         cls.production_job = cls.cups.submit("zpjl-production", job, USER, TITLE, ticket)
         cls.production_end = cls.cups.wait_for_job(cls.production_job)
-        cls.insertion_job = cls.cups.submit("zpjl-insertion", job, USER, TITLE, INSERTION_OPTIONS)
+        three_pages = os.path.join(cls.root, "three-page-job.ps")
+        with open(three_pages, "w", encoding="ascii") as out:
+            out.write(THREE_PAGE_JOB)
+        cls.insertion_job = cls.cups.submit("zpjl-insertion", three_pages, USER, TITLE,
+                                            INSERTION_OPTIONS)
         cls.insertion_end = cls.cups.wait_for_job(cls.insertion_job)
         cls.log = cls.cups.log()
         with open(os.path.join(cls.root, "log", "page_log"), encoding="utf-8") as page_log:
@@ -113,11 +140,20 @@ class LiveQueueTest(unittest.TestCase):
             with self.subTest(finding):
                 self.assertNotIn(finding, self.log)
 
-    def test_cups_counted_the_pages_from_the_page_log_lines(self):
-        for queue, job in (("zpjl-production", self.production_job),
-                           ("zpjl-insertion", self.insertion_job)):
+    def test_cups_counted_each_page_once(self):
+        # pstops, before the filter in the chain, leaves the page log to it.
+        test = os.path.join(self.root, "get-job.test")
+        with open(test, "w", encoding="ascii") as out:
+            out.write(GET_JOB_TEST)
+        # The production job's two pages go on both sides of one sheet.
+        for queue, job, pages, sheets in (("zpjl-production", self.production_job, 2, 1),
+                                          ("zpjl-insertion", self.insertion_job, 3, 3)):
             with self.subTest(queue=queue):
-                self.assertRegex(self.page_log, r"(?m)^%s %s %d \[[^]]+\] total 2 " % (queue, USER, job))
+                self.assertRegex(self.page_log,
+                                 r"(?m)^%s %s %d \[[^]]+\] total %d " % (queue, USER, job, pages))
+                uri = "ipp://%s/jobs/%d" % (self.cups.server, job)
+                shown = self.cups.client(["ipptool", uri, test]).stdout.decode()
+                self.assertRegex(shown, r"job-media-sheets-completed\n-+\n%d\s" % sheets)
 
     # ---- The production printer --------------------------------------------------------
 
@@ -206,7 +242,7 @@ class LiveQueueTest(unittest.TestCase):
              body.startswith(b"@PJL ENTER LANGUAGE=POSTSCRIPT\n%!PS-Adobe-3.0\n"), True),
             ("one language switch", stream.count(b"@PJL ENTER LANGUAGE=POSTSCRIPT\n"), 1),
             ("feature code passes on", body.count(b"%%BeginFeature: *KRSetTrapMode True\n"), 1),
-            ("both pages", body.count(b"(Page two) show\n"), 1),
+            ("the last page", body.count(b"(Page three) show EP\n"), 1),
             ("no Ctrl-D in this mode", body.count(b"\x04"), 0),
             ("trailer", body.endswith(b"%%EOF\n" + TRAILER), True),
         ]

@@ -83,7 +83,15 @@ TEST(PageLog, OnePageLineAtEachPageEnd) {
       {"Darwin 11 is 10.7 exactly", ZPJL_FILTER_DARWIN11, "bp\nep\n", "PAGE:1 3\n"},
       {"a chunk's remainder is a line", ZPJL_FILTER, std::string(8065, 'z') + "ep\n", "PAGE:1 3\n"},
       {"a long line is no page end", ZPJL_FILTER, std::string(8064, 'z') + "ep\n", ""},
-      {"showpage is no page end", ZPJL_FILTER, "showpage\nep \n", ""},
+      // Jobs that do not end their pages in "ep"/"endp": their "%%Page:"
+      // comments outside embedded documents, or else their "showpage" lines.
+      {"showpage lines without other marks", ZPJL_FILTER, "showpage\nep \n", "PAGE:1 3\n"},
+      {"page comments outside embedded documents", ZPJL_FILTER,
+       "%%Page: 1 1\nshowpage\n%%Page: 2 2\n%%BeginDocument: x\n%%Page: 1 1\n%%EndDocument\n"
+       "showpage\n%%Trailer\n%%Page: 3 3\n",
+       "PAGE:1 3\nPAGE:2 3\nPAGE:3 3\n"},
+      {"page comments of a job with ep", ZPJL_FILTER,
+       "%%Page: 1 1\nbp\nep\n%%Page: 2 2\nbp\nendp\n%%Trailer\n", "PAGE:1 3\n"},
   };
   for (const auto& c : cases) {
     FilterJob job;
@@ -95,21 +103,49 @@ TEST(PageLog, OnePageLineAtEachPageEnd) {
   }
 }
 
+// A cancel ends the job at a page boundary: before the page after the one
+// being read, in jobs that end their pages in "ep" as in jobs with page
+// comments (here with a watermark, whose hook goes in before the first code).
 TEST(Signals, TermStopsAtTheNextPageEnd) {
-  FilterJob job;
-  job.ppd = Fixture("ppd/bare.ppd");
-  FilterProcess process(job);
-  ASSERT_TRUE(process.Write("%!PS\nbp\n(1)\nep\nbp\n(2)\nep\n"));
-  ASSERT_TRUE(process.WaitForError("PAGE:2 1\n"));
-  process.Signal(SIGTERM);
-  // Give the handler time to run before more of the job arrives.
-  usleep(200000);
-  process.Write("bp\n(3)\nep\nbp\n(4)\nep\n");
-  FilterRun run = process.Finish();
-  EXPECT_EQ(run.status, 0);
-  StreamParts parts = SplitStream(run.out);
-  EXPECT_TRUE(SameStream("%!PS\nbp\n(1)\nep\nbp\n(2)\nep\nbp\n(3)\n", parts.body));
-  EXPECT_TRUE(SameStream(kTrailer, parts.trailer));
+  const struct {
+    const char* name;
+    std::string options;
+    std::string firstPages;  // written before the cancel, up to the last page log
+    std::string log;         // the last page log before the cancel
+    std::string rest;
+    std::string body;        // the PostScript sent, without the hook
+  } cases[] = {
+      {"ep lines", "", "%!PS\nbp\n(1)\nep\nbp\n(2)\nep\n", "PAGE:2 1\n",
+       "bp\n(3)\nep\nbp\n(4)\nep\n", "%!PS\nbp\n(1)\nep\nbp\n(2)\nep\nbp\n(3)\n"},
+      {"page comments",
+       Key("WMARKNameTicket", "W") + Key("WMARKTypeTicket", "0") + Key("WMARKTextTicket", "(W)"),
+       "%!PS\n%%Page: 1 1\n(1) EP\n%%Page: 2 2\n", "PAGE:1 1\n",
+       "(2) EP\n%%Page: 3 3\n(3) EP\n%%Trailer\n",
+       "%!PS\n%%Page: 1 1\n(1) EP\n%%Page: 2 2\n(2) EP\n"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    FilterJob job;
+    job.ppd = Fixture("ppd/bare.ppd");
+    job.options = c.options;
+    FilterProcess process(job);
+    ASSERT_TRUE(process.Write(c.firstPages));
+    ASSERT_TRUE(process.WaitForError(c.log));
+    process.Signal(SIGTERM);
+    // Give the handler time to run before more of the job arrives.
+    usleep(200000);
+    process.Write(c.rest);
+    FilterRun run = process.Finish();
+    EXPECT_EQ(run.status, 0);
+    StreamParts parts = SplitStream(run.out);
+    const std::string hookEnd = "}stopped cleartomark\n";
+    size_t hook = parts.body.find("mark{userdict/krfWM");
+    if (hook != std::string::npos) {
+      parts.body.erase(hook, parts.body.find(hookEnd, hook) + hookEnd.size() - hook);
+    }
+    EXPECT_TRUE(SameStream(c.body, parts.body));
+    EXPECT_TRUE(SameStream(kTrailer, parts.trailer));
+  }
 }
 
 TEST(Signals, BrokenPipeGivesExitStatusOne) {

@@ -13,9 +13,7 @@
 #include <cstring>
 #include <fstream>
 #include <functional>
-#include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "filter_runner.h"
@@ -56,44 +54,6 @@ const std::string& PasswordTicket() {
            Key("JBAInfoListTicketKey", "0") + Key("JBAUserPasswordTextEditTicket", stored);
   }();
   return ticket;
-}
-
-// Every ticket key whose value the modules take as text, password keys too,
-// but for the two that carry the stored password: print-dialog keys, the
-// trimmer's keys of the other domain, then system options.
-std::vector<std::string> TextKeys() {
-  const std::string dialog =
-      "DocumentNameTicketKey DelayPrintTicketKey PrintTypeMBNTicketKey JBAMacHostNameStringTicket "
-      "JBAIPAddressStringTicket JBAUserIDTextEditTicket JBADomainNameTextEditTicket "
-      "JBAAccountIDTextEditTicket JBAStorageIDTextEditTicket JBAStoragePasswordTextEditTicket "
-      "JBAInputStorageIDTextEditTicket JBAInputUserIDTextEditTicket "
-      "JBAInputDomainNameTextEditTicket JBAInputAccountIDTextEditTicket "
-      "JBAInputUserPasswordTextEditTicket JBAAdminUserIDTextEditTicket "
-      "JBAAdminDomainNameTextEditTicket JBAAdminAccountIDTextEditTicket "
-      "JBAAdminStorageIDTextEditTicket ZPIFCommandTicket_0 ZPIFCoverValueTicket_0 "
-      "ZPIFInsertionValueTicket_0 ZPIFExceptionValueTicket_0 WMARKNameTicket WMARKTextTicket "
-      "WMARKFilePathTicket WMARKFontTicket TabMarginMMShiftTicket TrimmerMMCuttingSizeTicket "
-      "NumInSequenceLArrowTicket OffsetStackingPagesLArrowTicket OffsetStackingUnitsLArrowTicket "
-      "SeparatorPageTicket BookletMarginMMShiftTicket featuresMediaTypeTabTicket "
-      "CoilPunchFaceTicket";
-  const std::string trimmer = "TrimmerWidthMMSizeTicket TrimmerHeightMMSizeTicket "
-                              "TrimmerAdjustMMSizeTicket";
-  const std::string system =
-      "media sides KRColorMode number-up KRStaple KRPunch KRNumPunchHoles KRSignature KRSigVol "
-      "KRLineWeightAdjustment KRTonerSaver KRTonerReductionRate KRPBindPosition KRPBindTrimming "
-      "KRPBindCutPageSize KRPBindCutPositionTop KRPBindCutPositionFore KRPBindPageSize "
-      "KRPBindCoverPageSize KRPBindCoverMediaType KRPBindCoverMediaColor KRPBindCoverPaperTray "
-      "KRPBindRotationAdjustTop KRPBindRotationAdjustBot KRPBindRotationAdjustFore "
-      "KRPBindCutPageAdjustmentTB KRPBindCutPageAdjustmentFore KRPBindCutPositionAdjustmentTB "
-      "KRPBindCoverAdjustX KRPBindCoverAdjustY";
-  std::vector<std::string> keys;
-  for (const auto& [names, prefix] :
-       {std::pair(dialog, "com.korvanel.qd.jtz.printsettings."),
-        std::pair(trimmer, "com.korvanel.qd.etz.printsettings."), std::pair(system, "")}) {
-    std::istringstream words(names);
-    for (std::string name; words >> name;) keys.push_back(prefix + name);
-  }
-  return keys;
 }
 
 // The credential layer writes its failure lines to stdout on purpose; a
@@ -242,27 +202,6 @@ std::vector<HostileCase> TicketCases() {
          job.options = junk + job.options;
        },
        [](const FilterRun& run) { EXPECT_TRUE(Contains(run.out, "@PJL SET HOLD=STORE\n")); }},
-      {"FormatDirectivesInEveryTextField",
-       [](FilterJob& job, const ScratchDir&) {
-         job.ppd = Fixture("ppd/jobinfo-utf8-color.ppd");
-         job.user = "%n%s%n%s";
-         job.title = "%n%s%x%p";
-         for (const std::string& key : TextKeys()) job.options += " " + key + "=%n%s%n%s ";
-         job.options += Key("ZPIFCoverCountTicket", "1") + Key("ZPIFInsertionCountTicket", "1") +
-                        Key("ZPIFExceptionCountTicket", "1") + Key("WMARKTypeTicket", "0") +
-                        Key("SeparatorPageListTicket", "2") +
-                        Key("BookletMarginSwitchTicket", "1") + Key("TabMarginSwitchTicket", "1");
-       },
-       [](const FilterRun& run) {
-         EXPECT_EQ(AttributeValue(run.out, "LUNA"), "%n%s%n%s");
-         EXPECT_EQ(AttributeValue(run.out, "ACNA"), "%n%s%x%p");
-         EXPECT_TRUE(Contains(run.out, "@PJL SET JOBATTR=\"@EIST=%n%s%n%s\"\n"));
-         // Texts that reach the PostScript and the finishing rows stay text.
-         EXPECT_TRUE(Contains(run.out, "\n(%n%s%n%s) show\n"));
-         EXPECT_TRUE(Contains(run.out, "/?n?s?n?s "));
-         EXPECT_TRUE(Contains(run.out, "SeparatorPages[????????]"));
-         EXPECT_TRUE(Contains(run.out, "@PJL SET JOBATTR=\"@TABS=%n%s\"\n"));
-       }},
       {"ExtremeWatermarkNumbers",
        [](FilterJob& job, const ScratchDir&) {
          job.options +=
@@ -291,57 +230,6 @@ std::vector<HostileCase> TicketCases() {
          EXPECT_TRUE(Contains(run.out, "1 dict dup/SeparatorPages[???"));
          ExpectSmallStream(run);
        }},
-      {"BinaryBytesInNamesLegacyPrinter",
-       [](FilterJob& job, const ScratchDir&) {
-         job.ppd = Fixture("ppd/legacy-mono.ppd");
-         job.user = NoiseBytes(300, 1);
-         job.title = NoiseBytes(300, 2);
-         job.options += Key("JBAUserIDTextEditTicket", NoiseBytes(200, 3));
-       },
-       [](const FilterRun& run) {
-         EXPECT_EQ(AttributeValue(run.out, "LUNA"), "UnknownUser");
-         EXPECT_FALSE(Contains(run.out, "@ACNA="));
-       }},
-      {"InvalidUtf8InNamesUtf8Printer",
-       [](FilterJob& job, const ScratchDir&) {
-         job.user = "ab\xC3\x28\xE2\x82";
-         job.title = "\xF0\x28\x8C\x28 report";
-       },
-       [](const FilterRun& run) {
-         EXPECT_EQ(AttributeValue(run.out, "LUNA"), "UnknownUser");
-         EXPECT_EQ(AttributeValue(run.out, "JOAU"), "UnknownUser");
-         EXPECT_FALSE(Contains(run.out, "@ACNA="));
-       }},
-      {"TitleOfLineBreaksOnly",
-       [](FilterJob& job, const ScratchDir&) {
-         job.title = "\n\r\n\r\n";
-         job.options += Key("DocumentNameTypeTicketKey", "1");
-       },
-       [](const FilterRun& run) {
-         EXPECT_FALSE(Contains(run.out, "@ACNA="));
-         EXPECT_FALSE(Contains(run.out, "JOBNAME="));
-       }},
-      {"HugeSpecialPageCountAndIndexes",
-       [](FilterJob& job, const ScratchDir&) {
-         job.options += Key("ZPIFCoverCountTicket", "2147483647") +
-                        Key("ZPIFCommandTicket_2147483646", "0,0,0,33") +
-                        Key("ZPIFCoverValueTicket_2147483646", "0,1,print-front,P,red,1,2") +
-                        Key("ZPIFCoverValueTicket_99999999999", "0,0,print-back") +
-                        Key("ZPIFCoverValueTicket_-1", "0,0,print-back");
-       },
-       [](const FilterRun& run) {
-         EXPECT_TRUE(Contains(run.out, "@PJL SET JOBATTR=\"@EFCV=PRINTFRONT\"\n"));
-         EXPECT_TRUE(Contains(run.out, "@PJL SET JOBATTR=\"@EMCW=1\"\n"));
-         EXPECT_FALSE(Contains(run.out, "PRINTBACK"));
-       }},
-      {"SpecialPageCountsOverflowTogether",
-       [](FilterJob& job, const ScratchDir&) {
-         job.options += Key("ZPIFCoverCountTicket", "2147483647") +
-                        Key("ZPIFInsertionCountTicket", "2147483647") +
-                        Key("ZPIFExceptionCountTicket", "99999999999999") +
-                        Key("ZPIFCoverValueTicket_0", "0,0,print-front");
-       },
-       [](const FilterRun& run) { EXPECT_FALSE(Contains(run.out, "@EFCV=")); }},
       {"LayoutOfThousandByThousand",
        [](FilterJob& job, const ScratchDir&) {
          job.options += PostScriptModulesOn() +
@@ -448,12 +336,6 @@ std::string Body(const FilterRun& run) {
 std::vector<HostileCase> PostScriptCases() {
   const std::string insertionPPD = Fixture("ppd/decomp-color.ppd");
   return {
-      {"NulBytes",
-       [](FilterJob& job, const ScratchDir&) { job.input = Bytes("%!PS\n\0\0a\0b\nep\n\0"); },
-       [](const FilterRun& run) {
-         // The last line has no line end: it is not written.
-         EXPECT_TRUE(SameStream(Bytes("%!PS\n\0\0a\0b\nep\n\x04"), Body(run)));
-       }},
       {"CarriageReturnLineEnds",
        [](FilterJob& job, const ScratchDir&) {
          job.input = "%!PS\r%%EndProlog\rbp\r%%EndPageSetup\rep\rbp\rep\rshowpage\r";
@@ -462,16 +344,6 @@ std::vector<HostileCase> PostScriptCases() {
          EXPECT_TRUE(SameStream("%!PS\r%%EndProlog\rbp\r%%EndPageSetup\rep\rbp\rep\rshowpage\r\x04",
                                 Body(run)));
          EXPECT_TRUE(Contains(run.err, "PAGE:1 1\nPAGE:2 1\n")) << run.err;
-       }},
-      {"EndsInsideAFeatureLine",
-       [insertionPPD](FilterJob& job, const ScratchDir&) {
-         job.ppd = insertionPPD;
-         job.input = "%!PS\n%%BeginFeature: *KRSetTrapMode Tr";
-       },
-       [](const FilterRun& run) {
-         // The unfinished line leads pass 2; no PJL comes of it.
-         EXPECT_TRUE(SameStream("%%BeginFeature: *KRSetTrapMode T%!PS\n", Body(run)));
-         EXPECT_FALSE(Contains(run.out, "@TRAP"));
        }},
       {"NulBytesInFeatureLines",
        [insertionPPD](FilterJob& job, const ScratchDir&) {
@@ -491,12 +363,6 @@ std::vector<HostileCase> PostScriptCases() {
                                       "1 GTRC 2 ITRC 3 TSCR 4 GSCR 5 ISCR 6\n\n"),
                                 Body(run)));
        }},
-      {"MissingInputFile",
-       [](FilterJob& job, const ScratchDir& dir) { job.file = dir.File("no-such-job.ps"); },
-       [](const FilterRun& run) {
-         EXPECT_EQ(Body(run), "");
-         EXPECT_TRUE(Contains(run.err, "Unable to open print file")) << run.err;
-       }},
       {"InputFileWithoutReadPermission",
        [](FilterJob& job, const ScratchDir& dir) {
          job.file = dir.File("locked.ps");
@@ -510,12 +376,6 @@ std::vector<HostileCase> PostScriptCases() {
       {"DirectoryAsInputFile",
        [](FilterJob& job, const ScratchDir& dir) { job.file = dir.File(""); },
        [](const FilterRun& run) { EXPECT_EQ(Body(run), "\x04"); }},
-      {"MissingInputFileInsertionMode",
-       [insertionPPD](FilterJob& job, const ScratchDir& dir) {
-         job.ppd = insertionPPD;
-         job.file = dir.File("no-such-job.ps");
-       },
-       [](const FilterRun& run) { EXPECT_FALSE(Contains(run.out, kEnterPS)); }},
   };
 }
 

@@ -1,30 +1,38 @@
-// The PostScript the watermark and finishing modules insert, run by a real
-// PostScript interpreter: a two-page job shaped like a desktop application's
-// print output goes through the filter, loses its PJL envelope and is
-// rendered by Ghostscript, with and without the watermark.
+// The PostScript the filter inserts, run by a real PostScript interpreter:
+// jobs go through the filter, lose their PJL envelope and are rendered by
+// Ghostscript, with and without the watermark, and the pages compared.
+//
+// Besides a job shaped like a desktop application's print output, a table
+// of real documents is made at test time by the tools that write the
+// PostScript print queues carry (groff, dvips, poppler, Ghostscript and the
+// CUPS filter chain, also N-up and without any DSC comments).
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <fstream>
 #include <string>
 #include <vector>
 
 #include "filter_runner.h"
+#include "inspect/postscript_part.h"
 
 namespace {
 
-// Letter page at 72 dpi: one pixel per point.
-constexpr int kPageWidth = 612;
-constexpr int kPageHeight = 792;
+// The watermark sits around this point of the sheet's default coordinates
+// (the centre of the letter page the ticket names), within this radius.
 constexpr double kCentreX = 306;
 constexpr double kCentreY = 396;
+constexpr double kMarkRadius = 205;
 
 // A red "CONFIDENTIAL" in 48-point Helvetica-Bold at 45 degrees; the box is
 // what the dialog measures for that text.
-std::string WatermarkOptions() {
+std::string WatermarkOptions(bool onlyFirst = false) {
   const std::vector<std::pair<std::string, std::string>> settings = {
       {"WMARKNameTicket", "Confidential"},
-      {"WMARKOnlyFirstTicket", "0"},
+      {"WMARKOnlyFirstTicket", onlyFirst ? "1" : "0"},
       {"WMARKTextTicket", "(CONFIDENTIAL)"},
       {"WMARKOrientationTicket", "1"},
       {"WMARKPaperHeightTicket", "792"},
@@ -47,152 +55,134 @@ std::string WatermarkOptions() {
   return options;
 }
 
-std::string OutputDir() {
-  std::string dir = ZPJL_TEST_OUTPUT_DIR;
-  mkdir(dir.c_str(), 0755);
-  return dir;
-}
+// The filter's run on a job, and its PostScript without the end-of-job byte.
+struct Filtered {
+  FilterRun run;
+  std::string postscript;
+};
 
-// The PostScript of a filtered job: the envelope and the end-of-job byte removed.
-std::string PostScriptOf(const std::string& options) {
+Filtered Filter(const std::string& input, const std::string& options,
+                const std::string& ppd = "ppd/utf8-color.ppd") {
   FilterJob job;
-  job.ppd = Fixture("ppd/utf8-color.ppd");
+  job.ppd = Fixture(ppd);
   job.options = options;
-  job.input = ReadFile(Fixture("ps/app-letter-2page.ps"));
-  FilterRun run = RunFilter(job);
-  EXPECT_EQ(run.status, 0) << run.err;
-  std::string body = SplitStream(run.out).body;
-  if (!body.empty() && body.back() == '\x04') body.pop_back();
-  EXPECT_EQ(body.rfind("%!PS-Adobe-3.0\n", 0), 0u) << Visible(run.out.substr(0, 400));
-  return body;
+  job.input = input;
+  Filtered result{RunFilter(job), ""};
+  EXPECT_EQ(result.run.status, 0) << result.run.err;
+  result.postscript = SplitStream(result.run.out).body;
+  std::string& ps = result.postscript;
+  if (!ps.empty() && ps.back() == '\x04') ps.pop_back();
+  return result;
 }
 
 struct Image {
   int width = 0;
   int height = 0;
-  std::string rgb;  // width * height * 3 bytes, top row first
+  double scale = 1;  // pixels per point
+  std::string rgb;   // width * height * 3 bytes, top row first
   const unsigned char* At(int x, int row) const {
     return reinterpret_cast<const unsigned char*>(rgb.data()) + (row * width + x) * 3;
   }
 };
 
-// A binary PPM ("P6") as Ghostscript's ppmraw device writes it.
-bool ParsePPM(const std::string& bytes, Image* image) {
+// The binary PPMs ("P6") Ghostscript's ppmraw device writes one after another.
+std::vector<Image> ParsePPMs(const std::string& bytes, double scale) {
+  std::vector<Image> images;
   size_t at = 0;
   auto field = [&]() {
     while (at < bytes.size() &&
            (isspace(static_cast<unsigned char>(bytes[at])) || bytes[at] == '#')) {
-      if (bytes[at] == '#') at = bytes.find('\n', at);
-      if (at == std::string::npos) return std::string();
-      ++at;
+      at = bytes[at] == '#' ? bytes.find('\n', at) : at + 1;  // a comment runs to the line end
     }
     size_t start = at;
     while (at < bytes.size() && !isspace(static_cast<unsigned char>(bytes[at]))) ++at;
     return bytes.substr(start, at - start);
   };
-  if (field() != "P6") return false;
-  image->width = std::atoi(field().c_str());
-  image->height = std::atoi(field().c_str());
-  if (field() != "255") return false;
-  ++at;  // the single whitespace byte before the raster
-  size_t size = static_cast<size_t>(image->width) * image->height * 3;
-  if (image->width <= 0 || image->height <= 0 || bytes.size() - at < size) return false;
-  image->rgb = bytes.substr(at, size);
-  return true;
+  while (field() == "P6") {
+    Image image;
+    image.scale = scale;
+    image.width = std::atoi(field().c_str());
+    image.height = std::atoi(field().c_str());
+    if (field() != "255") break;
+    ++at;  // the single whitespace byte before the raster
+    size_t size = static_cast<size_t>(image.width) * image.height * 3;
+    if (image.width <= 0 || image.height <= 0 || bytes.size() - at < size) break;
+    image.rgb = bytes.substr(at, size);
+    at += size;
+    images.push_back(image);
+  }
+  return images;
 }
 
-struct Rendering {
-  bool ok = false;
-  std::vector<Image> pages;
-};
-
-// Renders `postscript` with Ghostscript into files named `name`-page<N>.<ext>
-// under the output directory; ppmraw pages are read back.
-Rendering Render(const std::string& postscript, const std::string& name,
-                 const std::string& device) {
-  Rendering result;
-  const bool ppm = device == "ppmraw";
-  const std::string pattern = OutputDir() + "/" + name + "-page%d." + (ppm ? "ppm" : "png");
+// The pages of `postscript` as Ghostscript renders them; any error fails.
+std::vector<Image> Render(const std::string& postscript, int dpi) {
   FilterJob job;
   job.filter = "gs";  // found on PATH; scripts/install-deps installs it
-  job.argv = std::vector<std::string>{
-      "-dSAFER", "-dBATCH", "-dNOPAUSE", "-sDEVICE=" + device, "-r72", "-sOutputFile=" + pattern,
-      "-"};
+  job.argv = std::vector<std::string>{"-q", "-dSAFER", "-dBATCH", "-dNOPAUSE", "-sDEVICE=ppmraw",
+                                      "-r" + std::to_string(dpi), "-sOutputFile=-", "-"};
   job.input = postscript;
   FilterRun run = RunFilter(job);
-  EXPECT_EQ(run.status, 0) << run.out << run.err;
-  EXPECT_EQ(run.out.find("Error"), std::string::npos) << run.out;
+  EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_EQ(run.err.find("Error"), std::string::npos) << run.err;
-  result.ok = run.status == 0;
-  for (int page = 1; page <= 2; ++page) {
-    char file[32];
-    snprintf(file, sizeof file, "-page%d.", page);
-    std::string path = OutputDir() + "/" + name + file + (ppm ? "ppm" : "png");
-    std::string bytes = ReadFile(path);
-    if (ppm) {
-      Image image;
-      EXPECT_TRUE(ParsePPM(bytes, &image)) << path;
-      result.pages.push_back(image);
-    } else {
-      EXPECT_EQ(bytes.rfind("\x89PNG\r\n\x1a\n", 0), 0u) << path;
-    }
-  }
-  return result;
+  return ParsePPMs(run.out, dpi / 72.0);
 }
 
 // How two renderings of a page differ: in how many pixels, how many of them
-// farther than `radius` from the page centre, and how many of them red in
-// the second rendering.
+// outside the watermark's circle, and how many of them red in the second.
 struct Difference {
   long count = 0;
   long outside = 0;
   long red = 0;
 };
 
-Difference Compare(const Image& plain, const Image& marked, double radius) {
+Difference Compare(const Image& plain, const Image& marked) {
   Difference d;
+  if (plain.width != marked.width || plain.height != marked.height) {
+    ADD_FAILURE() << "page sizes differ";
+    return d;
+  }
   for (int row = 0; row < plain.height; ++row) {
     for (int x = 0; x < plain.width; ++x) {
       const unsigned char* a = plain.At(x, row);
       const unsigned char* b = marked.At(x, row);
       if (a[0] == b[0] && a[1] == b[1] && a[2] == b[2]) continue;
       ++d.count;
-      if (std::hypot(x + 0.5 - kCentreX, plain.height - row - 0.5 - kCentreY) > radius) ++d.outside;
+      double px = (x + 0.5) / plain.scale;
+      double py = (plain.height - row - 0.5) / plain.scale;
+      if (std::hypot(px - kCentreX, py - kCentreY) > kMarkRadius) ++d.outside;
       if (b[0] > 200 && b[1] < 60 && b[2] < 60) ++d.red;
     }
   }
   return d;
 }
 
-TEST(WatermarkRendering, TextIsDrawnAcrossThePageCentre) {
-  const std::string plainJob = PostScriptOf("");
-  const std::string markedJob = PostScriptOf(WatermarkOptions());
-  ASSERT_NE(markedJob.find("(CONFIDENTIAL) show\n"), std::string::npos);
-
-  Rendering plain = Render(plainJob, "centre-plain", "ppmraw");
-  Rendering marked = Render(markedJob, "watermark", "ppmraw");
-  ASSERT_TRUE(plain.ok && marked.ok);
-  ASSERT_EQ(plain.pages.size(), 2u);
-  ASSERT_EQ(marked.pages.size(), 2u);
-
-  for (size_t page = 0; page < 2; ++page) {
+// The watermark, and nothing else, on the marked pages; the other pages as
+// they were. `minimum` is the least number of changed pixels of a mark.
+void ExpectMarks(const std::vector<Image>& plain, const std::vector<Image>& marked,
+                 size_t marks, long minimum) {
+  ASSERT_EQ(marked.size(), plain.size());
+  for (size_t page = 0; page < plain.size(); ++page) {
     SCOPED_TRACE("page " + std::to_string(page + 1));
-    const Image& a = plain.pages[page];
-    const Image& b = marked.pages[page];
-    ASSERT_EQ(a.width, kPageWidth);
-    ASSERT_EQ(a.height, kPageHeight);
-    ASSERT_EQ(b.width, a.width);
-    ASSERT_EQ(b.height, a.height);
-    // The text box's half diagonal is about 180 points; nothing beyond
-    // 205 points from the centre may change.
-    Difference d = Compare(a, b, 205);
-    EXPECT_GT(d.count, 2000);
+    Difference d = Compare(plain[page], marked[page]);
+    if (page >= marks) {
+      EXPECT_EQ(d.count, 0);
+      continue;
+    }
+    EXPECT_GT(d.count, minimum);
     EXPECT_EQ(d.outside, 0);
     EXPECT_GT(d.red, d.count * 9 / 10);
   }
+}
 
-  // One rendered page kept for a person to look at.
-  Render(markedJob, "watermark", "png16m");
+TEST(WatermarkRendering, TextIsDrawnAcrossThePageCentre) {
+  const std::string job = ReadFile(Fixture("ps/app-letter-2page.ps"));
+  const std::string marked = Filter(job, WatermarkOptions()).postscript;
+  ASSERT_NE(marked.find("(CONFIDENTIAL) show\n"), std::string::npos);
+  std::vector<Image> plain = Render(Filter(job, "").postscript, 72);
+  ASSERT_EQ(plain.size(), 2u);
+  EXPECT_EQ(plain[0].width, 612);
+  EXPECT_EQ(plain[0].height, 792);
+  ExpectMarks(plain, Render(marked, 72), 2, 2000);
 }
 
 // Separator pages and the booklet margin with auto-fit ask a procedure set
@@ -203,16 +193,135 @@ TEST(FeaturesRendering, FinishingBlocksRunWithoutError) {
       Key("SeparatorPageListTicket", "2") + Key("SeparatorPageTicket", "1,2") +
       Key("BookletMarginSwitchTicket", "1") + Key("BookletMarginMMShiftTicket", "5") +
       Key("AutoFitSwitchTicket", "1");
-  const std::string job = PostScriptOf(options);
-  ASSERT_NE(job.find("/setcoverseparator get exec\n"), std::string::npos);
-  ASSERT_NE(job.find("/setsignatureautoscale 2 copy known"), std::string::npos);
-  Rendering plain = Render(PostScriptOf(""), "finishing-plain", "ppmraw");
-  Rendering finished = Render(job, "finishing", "ppmraw");
-  ASSERT_TRUE(plain.ok && finished.ok);
-  ASSERT_EQ(finished.pages.size(), 2u);
-  for (size_t page = 0; page < 2; ++page) {
-    EXPECT_EQ(Compare(plain.pages[page], finished.pages[page], 0).count, 0) << page;
-  }
+  const std::string job = ReadFile(Fixture("ps/app-letter-2page.ps"));
+  const std::string finished = Filter(job, options).postscript;
+  ASSERT_NE(finished.find("/setcoverseparator get exec\n"), std::string::npos);
+  ASSERT_NE(finished.find("/setsignatureautoscale 2 copy known"), std::string::npos);
+  ExpectMarks(Render(Filter(job, "").postscript, 36), Render(finished, 36), 0, 0);
 }
+
+// ---- Real documents ---------------------------------------------------------------
+
+// A three-page source for each kind of tool: a manual page and a TeX file.
+const char kManPage[] =
+    ".TH DOC 1\n.SH ONE\nFirst page.\n.bp\n.SH TWO\nSecond page.\n.bp\n.SH THREE\nThird page.\n";
+const char kTeX[] =
+    "\\hsize=4in \\vsize=6in \\parindent=0pt First page.\\vfill\\eject "
+    "Second page.\\vfill\\eject Third page.\\bye\n";
+
+struct Document {
+  const char* name;
+  // Shell command run in the work directory, which holds doc.man, doc.tex,
+  // doc.ps (groff's) and doc.pdf (Ghostscript's of doc.ps); writes job.ps.
+  const char* command;
+  size_t sheets;   // what the job prints
+  size_t logged;   // "PAGE:" lines the filter writes for it
+  bool onlyFirst;  // the watermark on the first sheet only
+  bool insertion = false;  // the PPD-feature insertion mode
+};
+void PrintTo(const Document& d, std::ostream* os) { *os << d.name; }
+
+#define CUPS_CHAIN "cupsfilter -p " ZPJL_SOURCE_DIR "/ppd/zpjl-color-production.ppd " \
+                   "-m application/vnd.cups-postscript "
+const Document kDocuments[] = {
+    {"groff", "cp doc.ps job.ps", 3, 3, false},
+    {"dvips", "tex -interaction=batchmode doc.tex >/dev/null && dvips -q -o job.ps doc.dvi", 3, 3,
+     false},
+    {"pdftops", "pdftops doc.pdf job.ps", 3, 3, false},
+    {"pdftocairo", "pdftocairo -ps doc.pdf job.ps", 3, 3, false},
+    {"ps2write", "gs -q -dSAFER -dBATCH -dNOPAUSE -sDEVICE=ps2write -sOutputFile=job.ps doc.pdf",
+     3, 3, false},
+    {"CupsFromPdf", CUPS_CHAIN "doc.pdf >job.ps 2>/dev/null", 3, 3, false},
+    {"Cups2Up", CUPS_CHAIN "-o number-up=2 doc.ps >job.ps 2>/dev/null", 2, 2, false},
+    {"Cups4Up", CUPS_CHAIN "-o number-up=4 doc.ps >job.ps 2>/dev/null", 1, 1, false},
+    {"FirstPageOnly", "pdftops doc.pdf job.ps", 3, 3, true},
+    {"InsertionMode", "pdftops doc.pdf job.ps", 3, 3, false, true},
+    // Without DSC comments only "showpage" lines tell the pages: groff's
+    // end inside a procedure, and its prolog holds one such line.
+    {"NoCommentsCairo", "pdftocairo -ps doc.pdf - | grep -v '^%%' >job.ps", 3, 3, false},
+    {"NoCommentsGroff", "grep -v '^%%' doc.ps >job.ps", 3, 1, false},
+    // A page that places another document: the inner pages are not the job's.
+    {"EmbeddedDocument",
+     "{ printf '%%!PS-Adobe-3.0\\n%%%%Pages: 1\\n%%%%EndComments\\n%%%%Page: 1 1\\n"
+     "save /showpage{}def\\n%%%%BeginDocument: doc.ps\\n'; cat doc.ps;"
+     " printf '%%%%EndDocument\\nrestore showpage\\n%%%%Trailer\\n%%%%EOF\\n'; } >job.ps",
+     1, 1, false},
+};
+#undef CUPS_CHAIN
+
+// Each test process makes the sources in a directory of its own (ctest runs
+// the rows in parallel).
+class RealDocumentTest : public ::testing::TestWithParam<Document> {
+ protected:
+  static void SetUpTestSuite() {
+    mkdir(ZPJL_TEST_OUTPUT_DIR, 0755);
+    std::string pattern = std::string(ZPJL_TEST_OUTPUT_DIR) + "/documents-XXXXXX";
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    dir_ = pattern;
+    std::ofstream(dir_ + "/doc.man") << kManPage;
+    std::ofstream(dir_ + "/doc.tex") << kTeX;
+    ASSERT_EQ(Shell("groff -man -Tps doc.man >doc.ps && gs -q -dSAFER -dBATCH -dNOPAUSE "
+                    "-sDEVICE=pdfwrite -sOutputFile=doc.pdf doc.ps"),
+              0);
+  }
+  static void TearDownTestSuite() { std::system(("rm -rf '" + dir_ + "'").c_str()); }
+  static int Shell(const std::string& command) {
+    return std::system(("cd '" + dir_ + "' && " + command).c_str());
+  }
+  static std::string dir_;
+};
+std::string RealDocumentTest::dir_;
+
+// Whether every line of `input` is in `output`, in order (lines only added).
+bool LinesKept(const std::string& input, const std::string& output) {
+  size_t at = 0;
+  for (size_t start = 0; start < input.size();) {
+    size_t end = input.find('\n', start);
+    if (end == std::string::npos) break;
+    std::string line = input.substr(start, end - start + 1);
+    at = output.find(line, at);
+    if (at == std::string::npos || (at > 0 && output[at - 1] != '\n')) return false;
+    at += line.size();
+    start = end + 1;
+  }
+  return true;
+}
+
+TEST_P(RealDocumentTest, WatermarkOnEveryPrintedSheetAndOnePageLogLineEach) {
+  const Document& d = GetParam();
+  ASSERT_EQ(Shell(d.command), 0);
+  const std::string job = ReadFile(dir_ + "/job.ps");
+  ASSERT_FALSE(job.empty());
+
+  // Without a watermark the PostScript passes unchanged (but for an
+  // unterminated last line, as the CUPS chain's end-of-job byte; the
+  // insertion mode moves the last line to the front).
+  const char* ppd = d.insertion ? "ppd/decomp-color.ppd" : "ppd/utf8-color.ppd";
+  if (!d.insertion) EXPECT_TRUE(Filter(job, "").postscript == job.substr(0, job.rfind('\n') + 1));
+
+  Filtered marked = Filter(job, WatermarkOptions(d.onlyFirst), ppd);
+  if (!d.insertion) EXPECT_TRUE(LinesKept(job, marked.postscript));
+  // The inspector finds the page-device hook, and only it, with its text.
+  PostScriptReport report = InspectPostScript(marked.postscript, 0);
+  ASSERT_EQ(report.fragments.size(), 1u);
+  EXPECT_EQ(report.fragments[0].kind, "watermark-page-hook");
+  EXPECT_TRUE(report.fragments[0].complete);
+  const auto& details = report.fragments[0].details;
+  EXPECT_NE(std::find(details.begin(), details.end(), std::make_pair(std::string("text"),
+                                                                    std::string("(CONFIDENTIAL)"))),
+            details.end());
+  std::string log;
+  for (size_t page = 1; page <= d.logged; ++page) log += "PAGE:" + std::to_string(page) + " 1\n";
+  EXPECT_EQ(marked.run.err, log);
+
+  std::vector<Image> plain = Render(job, 36);
+  ASSERT_EQ(plain.size(), d.sheets);
+  ExpectMarks(plain, Render(marked.postscript, 36), d.onlyFirst ? 1 : d.sheets, 300);
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, RealDocumentTest, ::testing::ValuesIn(kDocuments),
+                         [](const ::testing::TestParamInfo<Document>& info) {
+                           return std::string(info.param.name);
+                         });
 
 }  // namespace

@@ -1,7 +1,8 @@
 #include "modules/accounting/accounting.h"
 
+#include <array>
 #include <cstddef>
-#include <initializer_list>
+#include <utility>
 
 #include "base/job_state.h"
 #include "base/ppd_queries.h"
@@ -226,11 +227,12 @@ struct Operand {
   const void* shared;
 };
 
-// One condition; a term without a function ends a row's list.
+// One condition; an unused term (the default) ends a row's list.
 struct Term {
   Operand operand;
   CompareFunc compare;
   const void* reference;
+  bool used;
 };
 
 constexpr Operand Of(Own field) { return {field, nullptr}; }
@@ -240,19 +242,19 @@ constexpr Operand kNoValue = {Own::None, nullptr};
 
 template <typename Field>
 constexpr Term Is(Field&& field, const int32_t& constant) {
-  return {Of(field), IntCampareFunc, &constant};
+  return {Of(field), IntCampareFunc, &constant, true};
 }
 template <typename Field>
 constexpr Term Not(Field&& field, const int32_t& constant) {
-  return {Of(field), IntNoEqualCampareFunc, &constant};
+  return {Of(field), IntNoEqualCampareFunc, &constant, true};
 }
 template <typename Field>
 constexpr Term Set(Field&& field) {
-  return {Of(field), StrNoNULLCampareFunc, &OptionNULLStr};
+  return {Of(field), StrNoNULLCampareFunc, &OptionNULLStr, true};
 }
 template <typename Field>
 constexpr Term Empty(Field&& field) {
-  return {Of(field), StrIsNULLCampareFunc, &OptionNULLStr};
+  return {Of(field), StrIsNULLCampareFunc, &OptionNULLStr, true};
 }
 
 constexpr int kMaxTerms = 5;
@@ -274,7 +276,7 @@ constexpr int32_t kOn = OptionUserInputTypeSelected;
 // adminUserInput on. The user set mirrors them in the common table.
 constexpr int kFirstEntryTimeRow = 17;
 // clang-format off
-const RowDescription kAdminRows[JBAFmtTableAdminNum] = {
+constexpr RowDescription kAdminRows[JBAFmtTableAdminNum] = {
     /*  0 */ {&prtfmtStrJOAU, Of(StdJBAUserName),
               {Is(Own::IDType, kLogin), Set(StdUserName), Is(jba.infoList, JBAInfoListNotExist)}},
     /*  1 */ {&prtfmtStrJOAUUnknownLF, kNoValue,
@@ -350,7 +352,7 @@ const RowDescription kAdminRows[JBAFmtTableAdminNum] = {
 
 // The common table's own rows, which hold in every accounting mode.
 // clang-format off
-const RowDescription kClientRows[] = {
+constexpr RowDescription kClientRows[] = {
     /* 0 */ {&prtfmtStrCNAM, Of(HostNameStr), {Set(HostNameStr)}},
     /* 1 */ {&prtfmtStrCNAMUnknownLF, kNoValue, {Empty(HostNameStr)}},
     /* 2 */ {&prtfmtStrLUNA, Of(StdUserName), {Set(StdUserName)}},
@@ -375,7 +377,7 @@ constexpr CommonSource Client(int index) { return {false, index}; }
 constexpr CommonSource Mirror(int adminRow) { return {true, adminRow}; }
 
 // clang-format off
-const CommonSource kCommonLayout[JBAFmtTableCommonNum] = {
+constexpr CommonSource kCommonLayout[JBAFmtTableCommonNum] = {
     /*  0- 6 */ Client(0), Client(1), Client(2), Client(3), Client(4), Client(5), Client(6),
     /*  7-11 */ Mirror(0), Mirror(1), Mirror(2), Mirror(3), Mirror(4),
     /* 12    */ Client(7),
@@ -398,7 +400,7 @@ enum class Side { Admin, User };
 // (setting or input) on.
 enum class Standing { None, Setting, Input };
 
-const void* OwnField(Own field, Side side) {
+constexpr const void* OwnField(Own field, Side side) {
   const bool admin = side == Side::Admin;
   switch (field) {
     case Own::None:
@@ -425,98 +427,166 @@ const void* OwnField(Own field, Side side) {
   return nullptr;
 }
 
-const void* Resolve(const Operand& operand, Side side) {
+constexpr const void* Resolve(const Operand& operand, Side side) {
   return operand.own == Own::None ? operand.shared : OwnField(operand.own, side);
 }
 
-// Storage of one bound row: its parameter list and condition items, and the
-// records that point at them.
+// One bound row: its parameter list and condition items, and the tables that
+// hold them. Computed by the compiler from the row descriptions.
 struct BoundRow {
-  ParamPointer params[5];
-  ParamTable paramTable;
-  ConditionItem items[2 + kMaxTerms];
-  ConditionTable conditionTable;
+  ParamPointer params[5] = {};
+  int32_t paramCount = 0;
+  ConditionItem items[2 + kMaxTerms] = {};
+  int32_t itemCount = 0;
 };
 
-BoundRow adminRows[JBAFmtTableAdminNum];
-BoundRow commonRows[JBAFmtTableCommonNum];
-bool tablesBound = false;
-
-void SetParams(BoundRow* bound, std::initializer_list<ParamPointer> list) {
-  int32_t count = 0;
-  for (ParamPointer pointer : list) bound->params[count++] = pointer;
-  InitializeCmdParaTable(&bound->paramTable, count, bound->params);
+constexpr int32_t ParamCountOf(Shape shape) {
+  switch (shape) {
+    case Shape::ValueCRLF:
+      return 5;
+    case Shape::ValueLF:
+    case Shape::EmptyCRLF:
+      return 4;
+    case Shape::FixedLF:
+      return 2;
+  }
+  return 0;
 }
 
-void BindParams(const RowDescription& row, Side side, BoundRow* bound) {
+constexpr void BindParams(const RowDescription& row, Side side, BoundRow* bound) {
   const void* q = &CTRLSym_DOUBLE;
   const void* value = Resolve(row.value, side);
-  switch (row.format->shape) {
-    case Shape::ValueCRLF:
-      SetParams(bound, {q, value, q, &CTRLSym_CR, &CTRLSym_LF});
-      break;
-    case Shape::ValueLF:
-      SetParams(bound, {q, value, q, &CTRLSym_LF});
-      break;
-    case Shape::EmptyCRLF:
-      SetParams(bound, {q, q, &CTRLSym_CR, &CTRLSym_LF});
-      break;
-    case Shape::FixedLF:
-      SetParams(bound, {q, q});
-      break;
-  }
+  const ParamPointer valueCRLF[] = {q, value, q, &CTRLSym_CR, &CTRLSym_LF};
+  const ParamPointer valueLF[] = {q, value, q, &CTRLSym_LF};
+  const ParamPointer emptyCRLF[] = {q, q, &CTRLSym_CR, &CTRLSym_LF};
+  const ParamPointer* list = valueCRLF;
+  if (row.format->shape == Shape::ValueLF) list = valueLF;
+  if (row.format->shape == Shape::EmptyCRLF) list = emptyCRLF;
+  if (row.format->shape == Shape::FixedLF) list = emptyCRLF;  // the two quotes
+  bound->paramCount = ParamCountOf(row.format->shape);
+  for (int32_t i = 0; i < bound->paramCount; ++i) bound->params[i] = list[i];
 }
 
-void BindConditions(const RowDescription& row, Side side, Standing standing, BoundRow* bound) {
-  int32_t count = 0;
-  auto add = [&](const void* value, CompareFunc compare, const void* reference) {
-    bound->items[count++] = {value, reference, compare};
-  };
+constexpr void BindConditions(const RowDescription& row, Side side, Standing standing,
+                              BoundRow* bound) {
   if (standing != Standing::None) {
-    add(&jba.manageType, IntCampareFunc,
-        side == Side::Admin ? &JBAModeListAdmin : &JBAModeListUser);
-    add(OwnField(standing == Standing::Setting ? Own::Setting : Own::Input, side), IntCampareFunc,
-        &OptionUserInputTypeSelected);
+    bound->items[bound->itemCount++] = {
+        &jba.manageType, side == Side::Admin ? &JBAModeListAdmin : &JBAModeListUser,
+        IntCampareFunc};
+    bound->items[bound->itemCount++] = {
+        OwnField(standing == Standing::Setting ? Own::Setting : Own::Input, side),
+        &OptionUserInputTypeSelected, IntCampareFunc};
   }
   for (const Term& term : row.terms) {
-    if (term.compare == nullptr) break;
-    add(Resolve(term.operand, side), term.compare, term.reference);
+    if (!term.used) break;
+    bound->items[bound->itemCount++] = {Resolve(term.operand, side), term.reference, term.compare};
   }
-  InitializeComparationTable(&bound->conditionTable, count, bound->items);
 }
 
-void BindRow(const RowDescription& row, Side side, Standing standing, BoundRow* bound,
-             FormatEntry* entry) {
-  BindParams(row, side, bound);
-  BindConditions(row, side, standing, bound);
-  *entry = {row.format->text, &bound->paramTable, &bound->conditionTable};
+constexpr BoundRow BindRow(const RowDescription& row, Side side, Standing standing) {
+  BoundRow bound;
+  BindParams(row, side, &bound);
+  BindConditions(row, side, standing, &bound);
+  return bound;
 }
 
-Standing AdminRowStanding(int adminRow) {
+constexpr Standing AdminRowStanding(int adminRow) {
   return adminRow < kFirstEntryTimeRow ? Standing::Setting : Standing::Input;
+}
+
+constexpr std::array<BoundRow, JBAFmtTableAdminNum> BindAdminRows() {
+  std::array<BoundRow, JBAFmtTableAdminNum> rows{};
+  for (int row = 0; row < JBAFmtTableAdminNum; ++row) {
+    rows[row] = BindRow(kAdminRows[row], Side::Admin, AdminRowStanding(row));
+  }
+  return rows;
+}
+
+// The user set: the common table's own rows and the mirrors of the
+// administrator rows, in the common table's order.
+constexpr std::array<BoundRow, JBAFmtTableCommonNum> BindCommonRows() {
+  std::array<BoundRow, JBAFmtTableCommonNum> rows{};
+  for (int row = 0; row < JBAFmtTableCommonNum; ++row) {
+    const CommonSource& source = kCommonLayout[row];
+    rows[row] = source.mirror ? BindRow(kAdminRows[source.index], Side::User,
+                                        AdminRowStanding(source.index))
+                              : BindRow(kClientRows[source.index], Side::User, Standing::None);
+  }
+  return rows;
+}
+
+constexpr auto kAdminBound = BindAdminRows();
+constexpr auto kCommonBound = BindCommonRows();
+
+template <size_t N, size_t... I>
+constexpr std::array<ParamTable, N> ParamTablesOf(const std::array<BoundRow, N>& rows,
+                                                  std::index_sequence<I...>) {
+  return {{{rows[I].paramCount, rows[I].params}...}};
+}
+template <size_t N, size_t... I>
+constexpr std::array<ConditionTable, N> ConditionTablesOf(const std::array<BoundRow, N>& rows,
+                                                          std::index_sequence<I...>) {
+  return {{{rows[I].itemCount, rows[I].items}...}};
+}
+
+constexpr auto symParaJBAAdmin =
+    ParamTablesOf(kAdminBound, std::make_index_sequence<JBAFmtTableAdminNum>{});
+constexpr auto comparationJBAAdmin =
+    ConditionTablesOf(kAdminBound, std::make_index_sequence<JBAFmtTableAdminNum>{});
+constexpr auto symParaJBACommon =
+    ParamTablesOf(kCommonBound, std::make_index_sequence<JBAFmtTableCommonNum>{});
+constexpr auto comparationJBACommon =
+    ConditionTablesOf(kCommonBound, std::make_index_sequence<JBAFmtTableCommonNum>{});
+
+constexpr const char* FormatOfCommonRow(int row) {
+  const CommonSource& source = kCommonLayout[row];
+  return source.mirror ? kAdminRows[source.index].format->text
+                       : kClientRows[source.index].format->text;
+}
+
+template <size_t... I>
+constexpr std::array<FormatEntry, JBAFmtTableAdminNum> AdminTable(std::index_sequence<I...>) {
+  return {{{kAdminRows[I].format->text, &symParaJBAAdmin[I], &comparationJBAAdmin[I]}...}};
+}
+template <size_t... I>
+constexpr std::array<FormatEntry, JBAFmtTableCommonNum> CommonTable(std::index_sequence<I...>) {
+  return {{{FormatOfCommonRow(I), &symParaJBACommon[I], &comparationJBACommon[I]}...}};
+}
+
+constexpr auto kAdminTable = AdminTable(std::make_index_sequence<JBAFmtTableAdminNum>{});
+constexpr auto kCommonTable = CommonTable(std::make_index_sequence<JBAFmtTableCommonNum>{});
+
+}  // namespace
+
+const FormatEntry* const JBAFmtTableAdmin = kAdminTable.data();
+const FormatEntry* const JBAFmtTableCommon = kCommonTable.data();
+
+namespace {
+
+// The control symbols of a format, each of which needs a parameter.
+int32_t SymbolCount(const char* format) {
+  int32_t count = 0;
+  for (const char* symbol = GetNextCtrlSym(format); symbol != nullptr;
+       symbol = GetNextCtrlSym(symbol + 2)) {
+    ++count;
+    if (symbol[2] == '\0') break;
+  }
+  return count;
 }
 
 }  // namespace
 
-FormatEntry JBAFmtTableAdmin[JBAFmtTableAdminNum];
-FormatEntry JBAFmtTableCommon[JBAFmtTableCommonNum];
-
+// The tables are constants: checks that each row's parameters match the
+// control symbols of its format, so that no row loses its value.
 void JBAInializeDescriptionTableFromFilter() {
-  for (int row = 0; row < JBAFmtTableCommonNum; ++row) {
-    const CommonSource& source = kCommonLayout[row];
-    if (source.mirror) {
-      BindRow(kAdminRows[source.index], Side::User, AdminRowStanding(source.index),
-              &commonRows[row], &JBAFmtTableCommon[row]);
-    } else {
-      BindRow(kClientRows[source.index], Side::User, Standing::None, &commonRows[row],
-              &JBAFmtTableCommon[row]);
-    }
-  }
   for (int row = 0; row < JBAFmtTableAdminNum; ++row) {
-    BindRow(kAdminRows[row], Side::Admin, AdminRowStanding(row), &adminRows[row],
-            &JBAFmtTableAdmin[row]);
+    RequireCmdParaTable(symParaJBAAdmin[row], SymbolCount(kAdminTable[row].format),
+                        kAdminBound[row].params);
   }
-  tablesBound = true;
+  for (int row = 0; row < JBAFmtTableCommonNum; ++row) {
+    RequireCmdParaTable(symParaJBACommon[row], SymbolCount(kCommonTable[row].format),
+                        kCommonBound[row].params);
+  }
 }
 
 int JBAGetTicketFromPDE(char* argv[]) {
@@ -528,8 +598,7 @@ int JBAGetTicketFromPDE(char* argv[]) {
   return 1;
 }
 
-void JBAOutputZPJLCommandFromFilter(char* argv[]) {
-  if (!tablesBound) return;
-  OutputZPJLCommandFromArray(argv, JBAFmtTableAdmin, JBAFmtTableAdminNum);
-  OutputZPJLCommandFromArray(argv, JBAFmtTableCommon, JBAFmtTableCommonNum);
+void JBAOutputZPJLCommandFromFilter(char* argv[], FILE* stream) {
+  OutputZPJLCommandFromArray(argv, JBAFmtTableAdmin, JBAFmtTableAdminNum, stream);
+  OutputZPJLCommandFromArray(argv, JBAFmtTableCommon, JBAFmtTableCommonNum, stream);
 }

@@ -13,6 +13,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstdio>
 
 #include "engine/command.h"
 #include "ticket/ticket_access.h"
@@ -86,14 +87,13 @@ extern const std::array<TicketBinding, JBATicketDataNumCommon> JBAticketDataComm
 extern const std::array<TicketBinding, JBATicketDataNumAdmin> JBAticketDataAdmin;
 extern const std::array<TicketBinding, JBATicketDataNumAdmin> JBAticketDataAdminForUTF8;
 
-// The two format tables, filled by JBAInializeDescriptionTableFromFilter.
+// The two format tables, constants built from one list of row descriptions.
 inline constexpr int32_t JBAFmtTableAdminNum = 35;
 inline constexpr int32_t JBAFmtTableCommonNum = 42;
-extern FormatEntry JBAFmtTableAdmin[JBAFmtTableAdminNum];
-extern FormatEntry JBAFmtTableCommon[JBAFmtTableCommonNum];
+extern const FormatEntry* const JBAFmtTableAdmin;
+extern const FormatEntry* const JBAFmtTableCommon;
 
-// Builds and binds both format tables with their parameter and condition
-// tables, user set first.
+// Checks that each row's parameters match the control symbols of its format.
 void JBAInializeDescriptionTableFromFilter();
 
 // Reads the ticket (argv[5]) into zpjlOptionJBA and the layout buffers:
@@ -102,4 +102,4 @@ int JBAGetTicketFromPDE(char* argv[]);
 
 // Writes the administrator table, then the common table. Writes nothing
 // before the tables are bound.
-void JBAOutputZPJLCommandFromFilter(char* argv[]);
+void JBAOutputZPJLCommandFromFilter(char* argv[], FILE* stream);

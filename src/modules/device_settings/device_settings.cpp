@@ -34,7 +34,7 @@ const TonerSaverRow kTonerSaverRows[] = {
     {"Mode3", "@PJL SET ECONOMODE=MODE3\n"},
 };
 
-void OutputUserReductionRate(const char* rate) {
+void OutputUserReductionRate(const char* rate, FILE* stream) {
   if (std::strlen(rate) <= kReductionRatePrefixLength) return;
   char digits[kReductionRateDigits + 1];
   CopyTextPrefix(digits, sizeof digits, rate + kReductionRatePrefixLength, kReductionRateDigits);
@@ -43,11 +43,11 @@ void OutputUserReductionRate(const char* rate) {
   if (value > 0) {
     char line[kDeviceLineSize];
     FormatText(line, sizeof line, "@PJL SET REDUCTIONRATE=%d\n", static_cast<int>(value));
-    KZfputs("@PJL SET ECONOMODE=ON\n", stdout);
-    KZfputs(line, stdout);
+    KZfputs("@PJL SET ECONOMODE=ON\n", stream);
+    KZfputs(line, stream);
   } else {
-    KZfputs("@PJL SET ECONOMODE=OFF\n", stdout);
-    KZfputs("@PJL SET REDUCTIONRATE=0\n", stdout);
+    KZfputs("@PJL SET ECONOMODE=OFF\n", stream);
+    KZfputs("@PJL SET REDUCTIONRATE=0\n", stream);
   }
 }
 
@@ -59,10 +59,10 @@ char FirstDigit(const char* text) {
   return '\0';
 }
 
-void OutputLineWeight(const char* weight) {
+void OutputLineWeight(const char* weight, FILE* stream) {
   if (weight[0] == '\0') return;
   if (Equals(weight, "Normal")) {
-    KZfputs("@PJL SET JOBATTR=\"@LWAD=0\"\n", stdout);
+    KZfputs("@PJL SET JOBATTR=\"@LWAD=0\"\n", stream);
     return;
   }
   char level = FirstDigit(weight);
@@ -76,16 +76,16 @@ void OutputLineWeight(const char* weight) {
   } else {
     return;
   }
-  KZfputs(line, stdout);
+  KZfputs(line, stream);
 }
 
-void OutputRenderMode(const char* colorMode) {
+void OutputRenderMode(const char* colorMode, FILE* stream) {
   switch (DecideRenderColor(colorMode)) {
     case RenderColor::kColor:
-      KZfputs("@PJL SET RENDERMODE=COLOR\n", stdout);
+      KZfputs("@PJL SET RENDERMODE=COLOR\n", stream);
       break;
     case RenderColor::kGrayscale:
-      KZfputs("@PJL SET RENDERMODE=GRAYSCALE\n", stdout);
+      KZfputs("@PJL SET RENDERMODE=GRAYSCALE\n", stream);
       break;
     case RenderColor::kNone:
       break;
@@ -94,25 +94,25 @@ void OutputRenderMode(const char* colorMode) {
 
 }  // namespace
 
-void OutputZPJLCommandForTonerSaver() {
+void OutputZPJLCommandForTonerSaver(FILE* stream) {
   const char* saver = psoptioncomment.tonerSaver;
   if (saver[0] == '\0') return;
   if (Equals(saver, "UserInput")) {
-    OutputUserReductionRate(psoptioncomment.tonerReductionRate);
+    OutputUserReductionRate(psoptioncomment.tonerReductionRate, stream);
     return;
   }
   for (const TonerSaverRow& row : kTonerSaverRows) {
     if (Equals(saver, row.setting)) {
-      KZfputs(row.command, stdout);
+      KZfputs(row.command, stream);
       break;
     }
   }
-  KZfputs("@PJL SET REDUCTIONRATE=0\n", stdout);
+  KZfputs("@PJL SET REDUCTIONRATE=0\n", stream);
 }
 
-void OutputZPJLCommandOthers() {
-  OutputLineWeight(psoptioncomment.lineWeightAdjustment);
-  OutputRenderMode(psoptioncomment.colorMode);
+void OutputZPJLCommandOthers(FILE* stream) {
+  OutputLineWeight(psoptioncomment.lineWeightAdjustment, stream);
+  OutputRenderMode(psoptioncomment.colorMode, stream);
 }
 
 // ---- Device-settings command table ----------------------------------------------

@@ -8,16 +8,26 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 
 #include <cups/ppd.h>
 
 #include "base/printer_color.h"
 
-// ECONOMODE and REDUCTIONRATE lines from the toner-saver settings.
-void OutputZPJLCommandForTonerSaver();
+// ECONOMODE and REDUCTIONRATE lines from the toner-saver settings. Like
+// every header writer, it writes to `stream` through the output channel.
+void OutputZPJLCommandForTonerSaver(FILE* stream);
 
 // The line-weight line, then the render-mode line.
-void OutputZPJLCommandOthers();
+void OutputZPJLCommandOthers(FILE* stream);
+
+// The settings ("@PJL SET <name>=") and attributes the two writers above put
+// in the header.
+inline constexpr char kTonerSaverSettingName[] = "ECONOMODE";
+inline constexpr char kReductionRateSettingName[] = "REDUCTIONRATE";
+inline constexpr const char* DeviceSettingsSetNames[] = {
+    kTonerSaverSettingName, kReductionRateSettingName, "RENDERMODE"};
+inline constexpr const char* DeviceSettingsAttributeNames[] = {"LWAD"};
 
 // One row of the device-settings command table: PPD option keyword (without
 // its asterisk), choice keyword, complete PJL line with its final "\n".

@@ -1,7 +1,9 @@
 #include "modules/features/features.h"
 
+#include <array>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "base/fixed_text.h"
 #include "base/job_state.h"
@@ -120,58 +122,60 @@ const char prtfmtStrFeaturesFaceUpReverse[] = "@PJL SET JOBATTR=%c@FACE=UP_REVER
 
 // Parameter lists: quote, value, quote, line feed for a row with a value;
 // quote, quote, line feed for a fixed row; line feed alone for plain PJL.
-const ParamPointer cmdParaListFeaturesFixed[] = {&CTRLSym_DOUBLE, &CTRLSym_DOUBLE, &CTRLSym_LF};
-const int32_t cmdParaNumFeaturesFixed = 3;
-const ParamPointer cmdParaListFeaturesLineEnd[] = {&CTRLSym_LF};
-const int32_t cmdParaNumFeaturesLineEnd = 1;
-const int32_t cmdParaNumFeaturesValue = 4;
+constexpr ParamPointer cmdParaListFeaturesFixed[] = {&CTRLSym_DOUBLE, &CTRLSym_DOUBLE, &CTRLSym_LF};
+constexpr int32_t cmdParaNumFeaturesFixed = 3;
+constexpr ParamPointer cmdParaListFeaturesLineEnd[] = {&CTRLSym_LF};
+constexpr int32_t cmdParaNumFeaturesLineEnd = 1;
+constexpr int32_t cmdParaNumFeaturesValue = 4;
 
-#define FEATURES_VALUE_LIST(name, field)                                                       \
-  const ParamPointer cmdParaListFeatures##name[] = {&CTRLSym_DOUBLE, F.field, &CTRLSym_DOUBLE, \
-                                                    &CTRLSym_LF}
-
-FEATURES_VALUE_LIST(TabMarginShift, tabMarginShift);
-FEATURES_VALUE_LIST(TrimmerCuttingSize, trimmerCuttingSize);
-FEATURES_VALUE_LIST(TrimmerWidth, trimmerWidth);
-FEATURES_VALUE_LIST(TrimmerHeight, trimmerHeight);
-FEATURES_VALUE_LIST(TrimmerAdjust, trimmerAdjust);
-FEATURES_VALUE_LIST(NumInSequenceStart, numInSequenceStart);
-FEATURES_VALUE_LIST(OffsetStackingPages, offsetStackingPages);
-FEATURES_VALUE_LIST(OffsetStackingUnits, offsetStackingUnits);
-
-#undef FEATURES_VALUE_LIST
+constexpr ParamPointer cmdParaListFeaturesTabMarginShift[] = {
+    &CTRLSym_DOUBLE, F.tabMarginShift, &CTRLSym_DOUBLE, &CTRLSym_LF};
+constexpr ParamPointer cmdParaListFeaturesTrimmerCuttingSize[] = {
+    &CTRLSym_DOUBLE, F.trimmerCuttingSize, &CTRLSym_DOUBLE, &CTRLSym_LF};
+constexpr ParamPointer cmdParaListFeaturesTrimmerWidth[] = {
+    &CTRLSym_DOUBLE, F.trimmerWidth, &CTRLSym_DOUBLE, &CTRLSym_LF};
+constexpr ParamPointer cmdParaListFeaturesTrimmerHeight[] = {
+    &CTRLSym_DOUBLE, F.trimmerHeight, &CTRLSym_DOUBLE, &CTRLSym_LF};
+constexpr ParamPointer cmdParaListFeaturesTrimmerAdjust[] = {
+    &CTRLSym_DOUBLE, F.trimmerAdjust, &CTRLSym_DOUBLE, &CTRLSym_LF};
+constexpr ParamPointer cmdParaListFeaturesNumInSequenceStart[] = {
+    &CTRLSym_DOUBLE, F.numInSequenceStart, &CTRLSym_DOUBLE, &CTRLSym_LF};
+constexpr ParamPointer cmdParaListFeaturesOffsetStackingPages[] = {
+    &CTRLSym_DOUBLE, F.offsetStackingPages, &CTRLSym_DOUBLE, &CTRLSym_LF};
+constexpr ParamPointer cmdParaListFeaturesOffsetStackingUnits[] = {
+    &CTRLSym_DOUBLE, F.offsetStackingUnits, &CTRLSym_DOUBLE, &CTRLSym_LF};
 
 // Condition items: an integer item compares a record field with an option
 // code; a text item's reference is the cell of a reference string.
 // clang-format off
-const ConditionItem comparationItemFeaturesTabMarginOff[] = {
+constexpr ConditionItem comparationItemFeaturesTabMarginOff[] = {
     Is(F.tabMarginSwitch, OptionTabMarginNone)};
-const ConditionItem comparationItemFeaturesTabMarginOn[] = {
+constexpr ConditionItem comparationItemFeaturesTabMarginOn[] = {
     Is(F.tabMarginSwitch, OptionTabMargin)};
-const ConditionItem comparationItemFeaturesTrimmerOff[] = {
+constexpr ConditionItem comparationItemFeaturesTrimmerOff[] = {
     Is(F.trimmerSwitch, OptionTrimmerNone)};
-const ConditionItem comparationItemFeaturesTrimmerOn[] = {Is(F.trimmerSwitch, OptionTrimmer)};
-const ConditionItem comparationItemFeaturesSelectFore[] = {Is(F.trimmerSelect, SelectTrimmer)};
-const ConditionItem comparationItemFeaturesSelectTopLower[] = {
+constexpr ConditionItem comparationItemFeaturesTrimmerOn[] = {Is(F.trimmerSwitch, OptionTrimmer)};
+constexpr ConditionItem comparationItemFeaturesSelectFore[] = {Is(F.trimmerSelect, SelectTrimmer)};
+constexpr ConditionItem comparationItemFeaturesSelectTopLower[] = {
     Is(F.trimmerSelect, SelectTrimmerTopLower)};
-const ConditionItem comparationItemFeaturesNumberingOff[] = {
+constexpr ConditionItem comparationItemFeaturesNumberingOff[] = {
     Is(F.numInSequenceSwitch, OptionNumInSequenceNone)};
-const ConditionItem comparationItemFeaturesNumberingOn[] = {
+constexpr ConditionItem comparationItemFeaturesNumberingOn[] = {
     Is(F.numInSequenceSwitch, OptionNumInSequence)};
-const ConditionItem comparationItemFeaturesOffsetByPages[] = {
+constexpr ConditionItem comparationItemFeaturesOffsetByPages[] = {
     Is(F.offsetStackingList, OptionOffsetStackingEndOfSetPage)};
-const ConditionItem comparationItemFeaturesOffsetByCopies[] = {
+constexpr ConditionItem comparationItemFeaturesOffsetByCopies[] = {
     Is(F.offsetStackingList, OptionOffsetStackingEndOfSetCopy)};
-const ConditionItem comparationItemFeaturesEjectDown[] = {Is(F.ejectOptions, EjectOptionsDown)};
-const ConditionItem comparationItemFeaturesEjectUp[] = {Is(F.ejectOptions, EjectOptionsUp)};
-const ConditionItem comparationItemFeaturesEjectDownReverse[] = {
+constexpr ConditionItem comparationItemFeaturesEjectDown[] = {Is(F.ejectOptions, EjectOptionsDown)};
+constexpr ConditionItem comparationItemFeaturesEjectUp[] = {Is(F.ejectOptions, EjectOptionsUp)};
+constexpr ConditionItem comparationItemFeaturesEjectDownReverse[] = {
     Is(F.ejectOptions, EjectOptionsDownReverse)};
-const ConditionItem comparationItemFeaturesEjectUpReverse[] = {
+constexpr ConditionItem comparationItemFeaturesEjectUpReverse[] = {
     Is(F.ejectOptions, EjectOptionsUpReverse)};
 
 // Coil punching with the coil face on: OFF only without any tab stock or
 // A5 involvement, UP as soon as the job or its special pages use either.
-const ConditionItem comparationItemFeaturesFaceOffCoilPlain[] = {
+constexpr ConditionItem comparationItemFeaturesFaceOffCoilPlain[] = {
     Is(F.ejectOptions, EjectOptionsOff),
     Contains(F.punchHoles, punchHoleCoil),
     TextIs(F.featuresMediaTypeTab, mediaTypeNoTab),
@@ -179,14 +183,14 @@ const ConditionItem comparationItemFeaturesFaceOffCoilPlain[] = {
     TextIs(F.coilPunchFace, coilPunchFaceOn),
     NotContains(F.media, mediaTypeA5),
     Is(F.specialPagesA5, specialPagesMediasizeNoA5)};
-const ConditionItem comparationItemFeaturesFaceOffNoCoil[] = {
+constexpr ConditionItem comparationItemFeaturesFaceOffNoCoil[] = {
     Is(F.ejectOptions, EjectOptionsOff),
     NotContains(F.punchHoles, punchHoleCoil),
     TextIs(F.coilPunchFace, coilPunchFaceOn)};
-const ConditionItem comparationItemFeaturesFaceOffCoilFaceOff[] = {
+constexpr ConditionItem comparationItemFeaturesFaceOffCoilFaceOff[] = {
     Is(F.ejectOptions, EjectOptionsOff),
     TextIs(F.coilPunchFace, coilPunchFaceOff)};
-const ConditionItem comparationItemFeaturesFaceUpMediaA5[] = {
+constexpr ConditionItem comparationItemFeaturesFaceUpMediaA5[] = {
     Is(F.ejectOptions, EjectOptionsOff),
     Contains(F.punchHoles, punchHoleCoil),
     TextIs(F.featuresMediaTypeTab, mediaTypeNoTab),
@@ -194,7 +198,7 @@ const ConditionItem comparationItemFeaturesFaceUpMediaA5[] = {
     Contains(F.media, mediaTypeA5),
     Is(F.specialPagesA5, specialPagesMediasizeNoA5),
     TextIs(F.coilPunchFace, coilPunchFaceOn)};
-const ConditionItem comparationItemFeaturesFaceUpSpecialA5[] = {
+constexpr ConditionItem comparationItemFeaturesFaceUpSpecialA5[] = {
     Is(F.ejectOptions, EjectOptionsOff),
     Contains(F.punchHoles, punchHoleCoil),
     TextIs(F.featuresMediaTypeTab, mediaTypeNoTab),
@@ -202,7 +206,7 @@ const ConditionItem comparationItemFeaturesFaceUpSpecialA5[] = {
     NotContains(F.media, mediaTypeA5),
     Is(F.specialPagesA5, specialPagesMediasizeA5),
     TextIs(F.coilPunchFace, coilPunchFaceOn)};
-const ConditionItem comparationItemFeaturesFaceUpBothA5[] = {
+constexpr ConditionItem comparationItemFeaturesFaceUpBothA5[] = {
     Is(F.ejectOptions, EjectOptionsOff),
     Contains(F.punchHoles, punchHoleCoil),
     TextIs(F.featuresMediaTypeTab, mediaTypeNoTab),
@@ -210,19 +214,19 @@ const ConditionItem comparationItemFeaturesFaceUpBothA5[] = {
     Contains(F.media, mediaTypeA5),
     Is(F.specialPagesA5, specialPagesMediasizeA5),
     TextIs(F.coilPunchFace, coilPunchFaceOn)};
-const ConditionItem comparationItemFeaturesFaceUpMediaTab[] = {
+constexpr ConditionItem comparationItemFeaturesFaceUpMediaTab[] = {
     Is(F.ejectOptions, EjectOptionsOff),
     Contains(F.punchHoles, punchHoleCoil),
     TextIs(F.featuresMediaTypeTab, mediaTypeIsTab),
     Is(F.specialPagesMediaTab, specialPagesMediaNoTab),
     TextIs(F.coilPunchFace, coilPunchFaceOn)};
-const ConditionItem comparationItemFeaturesFaceUpSpecialTab[] = {
+constexpr ConditionItem comparationItemFeaturesFaceUpSpecialTab[] = {
     Is(F.ejectOptions, EjectOptionsOff),
     Contains(F.punchHoles, punchHoleCoil),
     TextIs(F.featuresMediaTypeTab, mediaTypeNoTab),
     Is(F.specialPagesMediaTab, specialPagesMediaTab),
     TextIs(F.coilPunchFace, coilPunchFaceOn)};
-const ConditionItem comparationItemFeaturesFaceUpBothTab[] = {
+constexpr ConditionItem comparationItemFeaturesFaceUpBothTab[] = {
     Is(F.ejectOptions, EjectOptionsOff),
     Contains(F.punchHoles, punchHoleCoil),
     TextIs(F.featuresMediaTypeTab, mediaTypeIsTab),
@@ -230,116 +234,99 @@ const ConditionItem comparationItemFeaturesFaceUpBothTab[] = {
     TextIs(F.coilPunchFace, coilPunchFaceOn)};
 // clang-format on
 
-// One header row before binding: its format, parameter list and condition items.
-struct FeaturesRowSource {
+// One header row: its format, its parameter table with the count its kind
+// states, and its condition table.
+struct FeaturesRow {
   const char* format;
-  const ParamPointer* params;
-  int32_t paramCount;
-  const ConditionItem* conditions;
-  int32_t conditionCount;
+  ParamTable params;
+  int32_t statedCount;
+  ConditionTable conditions;
 };
 
-template <size_t N>
-constexpr int32_t CountOf(const ConditionItem (&)[N]) {
-  return static_cast<int32_t>(N);
+template <size_t P, size_t N>
+constexpr FeaturesRow ValueRow(const char* format, const ParamPointer (&list)[P],
+                               const ConditionItem (&items)[N]) {
+  return {format, Params(list), cmdParaNumFeaturesValue, Conditions(items)};
 }
-
-#define ROW_VALUE(format, list, items) \
-  { format, cmdParaListFeatures##list, cmdParaNumFeaturesValue, items, CountOf(items) }
-#define ROW_FIXED(format, items) \
-  { format, cmdParaListFeaturesFixed, cmdParaNumFeaturesFixed, items, CountOf(items) }
-#define ROW_PLAIN(format, items) \
-  { format, cmdParaListFeaturesLineEnd, cmdParaNumFeaturesLineEnd, items, CountOf(items) }
+template <size_t N>
+constexpr FeaturesRow FixedRow(const char* format, const ConditionItem (&items)[N]) {
+  return {format, Params(cmdParaListFeaturesFixed), cmdParaNumFeaturesFixed, Conditions(items)};
+}
+template <size_t N>
+constexpr FeaturesRow PlainRow(const char* format, const ConditionItem (&items)[N]) {
+  return {format, Params(cmdParaListFeaturesLineEnd), cmdParaNumFeaturesLineEnd,
+          Conditions(items)};
+}
 
 // With the trimmer on and selection 2, rows 4 and 5 both hold: the same
 // @TRMR line is written twice, deliberately.
 // clang-format off
-constexpr FeaturesRowSource kFeaturesRows[] = {
-    ROW_FIXED(prtfmtStrFeaturesTabsOff, comparationItemFeaturesTabMarginOff),
-    ROW_VALUE(prtfmtStrFeaturesTabs, TabMarginShift, comparationItemFeaturesTabMarginOn),
-    ROW_FIXED(prtfmtStrFeaturesTrimmerOff, comparationItemFeaturesTrimmerOff),
-    ROW_VALUE(prtfmtStrFeaturesTrimmer, TrimmerCuttingSize, comparationItemFeaturesTrimmerOn),
-    ROW_VALUE(prtfmtStrFeaturesTrimmer, TrimmerCuttingSize, comparationItemFeaturesSelectFore),
-    ROW_VALUE(prtfmtStrFeaturesTrimmer, TrimmerWidth, comparationItemFeaturesSelectTopLower),
-    ROW_VALUE(prtfmtStrFeaturesTrimmerFore, TrimmerHeight, comparationItemFeaturesSelectTopLower),
-    ROW_FIXED(prtfmtStrFeaturesTrimmerForeOff, comparationItemFeaturesSelectFore),
-    ROW_VALUE(prtfmtStrFeaturesTrimmerAdjust, TrimmerAdjust,
-              comparationItemFeaturesSelectTopLower),
-    ROW_FIXED(prtfmtStrFeaturesTrimmerAdjustOff, comparationItemFeaturesSelectFore),
-    ROW_FIXED(prtfmtStrFeaturesNumberingOff, comparationItemFeaturesNumberingOff),
-    ROW_VALUE(prtfmtStrFeaturesNumbering, NumInSequenceStart, comparationItemFeaturesNumberingOn),
-    ROW_PLAIN(prtfmtStrFeaturesOffsetPages, comparationItemFeaturesOffsetByPages),
-    ROW_PLAIN(prtfmtStrFeaturesOffsetCopies, comparationItemFeaturesOffsetByCopies),
-    ROW_VALUE(prtfmtStrFeaturesOffsetCount, OffsetStackingPages,
-              comparationItemFeaturesOffsetByPages),
-    ROW_VALUE(prtfmtStrFeaturesOffsetCount, OffsetStackingUnits,
-              comparationItemFeaturesOffsetByCopies),
-    ROW_FIXED(prtfmtStrFeaturesFaceOff, comparationItemFeaturesFaceOffCoilPlain),
-    ROW_FIXED(prtfmtStrFeaturesFaceOff, comparationItemFeaturesFaceOffNoCoil),
-    ROW_FIXED(prtfmtStrFeaturesFaceOff, comparationItemFeaturesFaceOffCoilFaceOff),
-    ROW_FIXED(prtfmtStrFeaturesFaceDown, comparationItemFeaturesEjectDown),
-    ROW_FIXED(prtfmtStrFeaturesFaceUp, comparationItemFeaturesEjectUp),
-    ROW_FIXED(prtfmtStrFeaturesFaceDownReverse, comparationItemFeaturesEjectDownReverse),
-    ROW_FIXED(prtfmtStrFeaturesFaceUpReverse, comparationItemFeaturesEjectUpReverse),
-    ROW_FIXED(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpMediaA5),
-    ROW_FIXED(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpSpecialA5),
-    ROW_FIXED(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpBothA5),
-    ROW_FIXED(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpMediaTab),
-    ROW_FIXED(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpSpecialTab),
-    ROW_FIXED(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpBothTab),
+constexpr FeaturesRow kFeaturesRows[] = {
+    FixedRow(prtfmtStrFeaturesTabsOff, comparationItemFeaturesTabMarginOff),
+    ValueRow(prtfmtStrFeaturesTabs, cmdParaListFeaturesTabMarginShift,
+             comparationItemFeaturesTabMarginOn),
+    FixedRow(prtfmtStrFeaturesTrimmerOff, comparationItemFeaturesTrimmerOff),
+    ValueRow(prtfmtStrFeaturesTrimmer, cmdParaListFeaturesTrimmerCuttingSize,
+             comparationItemFeaturesTrimmerOn),
+    ValueRow(prtfmtStrFeaturesTrimmer, cmdParaListFeaturesTrimmerCuttingSize,
+             comparationItemFeaturesSelectFore),
+    ValueRow(prtfmtStrFeaturesTrimmer, cmdParaListFeaturesTrimmerWidth,
+             comparationItemFeaturesSelectTopLower),
+    ValueRow(prtfmtStrFeaturesTrimmerFore, cmdParaListFeaturesTrimmerHeight,
+             comparationItemFeaturesSelectTopLower),
+    FixedRow(prtfmtStrFeaturesTrimmerForeOff, comparationItemFeaturesSelectFore),
+    ValueRow(prtfmtStrFeaturesTrimmerAdjust, cmdParaListFeaturesTrimmerAdjust,
+             comparationItemFeaturesSelectTopLower),
+    FixedRow(prtfmtStrFeaturesTrimmerAdjustOff, comparationItemFeaturesSelectFore),
+    FixedRow(prtfmtStrFeaturesNumberingOff, comparationItemFeaturesNumberingOff),
+    ValueRow(prtfmtStrFeaturesNumbering, cmdParaListFeaturesNumInSequenceStart,
+             comparationItemFeaturesNumberingOn),
+    PlainRow(prtfmtStrFeaturesOffsetPages, comparationItemFeaturesOffsetByPages),
+    PlainRow(prtfmtStrFeaturesOffsetCopies, comparationItemFeaturesOffsetByCopies),
+    ValueRow(prtfmtStrFeaturesOffsetCount, cmdParaListFeaturesOffsetStackingPages,
+             comparationItemFeaturesOffsetByPages),
+    ValueRow(prtfmtStrFeaturesOffsetCount, cmdParaListFeaturesOffsetStackingUnits,
+             comparationItemFeaturesOffsetByCopies),
+    FixedRow(prtfmtStrFeaturesFaceOff, comparationItemFeaturesFaceOffCoilPlain),
+    FixedRow(prtfmtStrFeaturesFaceOff, comparationItemFeaturesFaceOffNoCoil),
+    FixedRow(prtfmtStrFeaturesFaceOff, comparationItemFeaturesFaceOffCoilFaceOff),
+    FixedRow(prtfmtStrFeaturesFaceDown, comparationItemFeaturesEjectDown),
+    FixedRow(prtfmtStrFeaturesFaceUp, comparationItemFeaturesEjectUp),
+    FixedRow(prtfmtStrFeaturesFaceDownReverse, comparationItemFeaturesEjectDownReverse),
+    FixedRow(prtfmtStrFeaturesFaceUpReverse, comparationItemFeaturesEjectUpReverse),
+    FixedRow(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpMediaA5),
+    FixedRow(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpSpecialA5),
+    FixedRow(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpBothA5),
+    FixedRow(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpMediaTab),
+    FixedRow(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpSpecialTab),
+    FixedRow(prtfmtStrFeaturesFaceUp, comparationItemFeaturesFaceUpBothTab),
 };
 // clang-format on
-
-#undef ROW_VALUE
-#undef ROW_FIXED
-#undef ROW_PLAIN
 
 constexpr int32_t kFeaturesRowCount = sizeof kFeaturesRows / sizeof kFeaturesRows[0];
 static_assert(kFeaturesRowCount == 29, "one source per header row");
 
-ParamTable symParaFeatures[kFeaturesRowCount];
-ConditionTable comparationFeatures[kFeaturesRowCount];
-
-#define FEATURES_ROW(i) \
-  { kFeaturesRows[i].format, &symParaFeatures[i], &comparationFeatures[i] }
+template <size_t... I>
+constexpr std::array<FormatEntry, kFeaturesRowCount> FormatEntries(std::index_sequence<I...>) {
+  return {{{kFeaturesRows[I].format, &kFeaturesRows[I].params, &kFeaturesRows[I].conditions}...}};
+}
+constexpr auto kFeaturesFmtTable = FormatEntries(std::make_index_sequence<kFeaturesRowCount>{});
 
 }  // namespace
 
-const FormatEntry FeaturesFmtTable[] = {
-    FEATURES_ROW(0),  FEATURES_ROW(1),  FEATURES_ROW(2),  FEATURES_ROW(3),  FEATURES_ROW(4),
-    FEATURES_ROW(5),  FEATURES_ROW(6),  FEATURES_ROW(7),  FEATURES_ROW(8),  FEATURES_ROW(9),
-    FEATURES_ROW(10), FEATURES_ROW(11), FEATURES_ROW(12), FEATURES_ROW(13), FEATURES_ROW(14),
-    FEATURES_ROW(15), FEATURES_ROW(16), FEATURES_ROW(17), FEATURES_ROW(18), FEATURES_ROW(19),
-    FEATURES_ROW(20), FEATURES_ROW(21), FEATURES_ROW(22), FEATURES_ROW(23), FEATURES_ROW(24),
-    FEATURES_ROW(25), FEATURES_ROW(26), FEATURES_ROW(27), FEATURES_ROW(28),
-};
+const FormatEntry* const FeaturesFmtTable = kFeaturesFmtTable.data();
 const int32_t FeaturesFmtTableNum = kFeaturesRowCount;
-static_assert(sizeof FeaturesFmtTable / sizeof FeaturesFmtTable[0] == kFeaturesRowCount,
-              "one format entry per header row");
-
-#undef FEATURES_ROW
 
 void FeaturesInitializeCmdParaTable() {
-  for (int32_t i = 0; i < kFeaturesRowCount; ++i) {
-    InitializeCmdParaTable(&symParaFeatures[i], kFeaturesRows[i].paramCount,
-                           kFeaturesRows[i].params);
+  for (const FeaturesRow& row : kFeaturesRows) {
+    RequireCmdParaTable(row.params, row.statedCount, row.params.list);
   }
 }
 
-void FeaturesInitialzieComparationTable() {
-  for (int32_t i = 0; i < kFeaturesRowCount; ++i) {
-    InitializeComparationTable(&comparationFeatures[i], kFeaturesRows[i].conditionCount,
-                               kFeaturesRows[i].conditions);
-  }
-}
+void FeaturesInializeDescriptionTableFromFilter() { FeaturesInitializeCmdParaTable(); }
 
-void FeaturesInializeDescriptionTableFromFilter() {
-  FeaturesInitializeCmdParaTable();
-  FeaturesInitialzieComparationTable();
-}
-
-void FeaturesOutputZPJLCommandFromFilter(char* argv[]) {
-  OutputZPJLCommandFromArray(argv, FeaturesFmtTable, FeaturesFmtTableNum);
+void FeaturesOutputZPJLCommandFromFilter(char* argv[], FILE* stream) {
+  OutputZPJLCommandFromArray(argv, FeaturesFmtTable, FeaturesFmtTableNum, stream);
 }
 
 // ---- PostScript fragments ----------------------------------------------------
@@ -357,14 +344,27 @@ int32_t PagesPerSheetSide() {
 // Compared unsigned on purpose: a negative product is not "at most one".
 bool IsSinglePageSheet(int32_t pages) { return static_cast<uint32_t>(pages) <= 1; }
 
+void WriteLine(const char* line, FILE* stream) {
+  KZfprintf(stream, line);
+  KZfprintf(stream, "\n");
+}
+
 void BeginNonPPDFeature(FILE* stream) {
-  KZfprintf(stream, "[{\n");
-  KZfprintf(stream, "%%BeginNonPPDFeatures\n");
+  WriteLine(kNonPPDBlockOpen, stream);
+  WriteLine(kNonPPDBlockBegin, stream);
 }
 
 void EndNonPPDFeature(FILE* stream) {
-  KZfprintf(stream, "%%EndNonPPDFeatures\n");
-  KZfprintf(stream, "} stopped cleartomark\n");
+  WriteLine(kNonPPDBlockEnd, stream);
+  WriteLine(kNonPPDBlockClose, stream);
+}
+
+// The middle line of a fragment, cut at the line size as every formatted
+// PostScript line is.
+void WriteFragmentLine(const NonPPDFragment& fragment, const char* value, FILE* stream) {
+  char line[kFeaturesPSLineSize];
+  FormatText(line, sizeof line, "%s%s%s\n", fragment.before, value, fragment.after);
+  KZfprintf(stream, line);
 }
 
 }  // namespace
@@ -385,41 +385,28 @@ void FeaturesOutputPSCommandFromFilter(int32_t point, FILE* stream) {
 void FeaturesOutputSeparatorPages(FILE* stream) {
   const FeaturesOptionRecord& f = zpjlOptionFeatures;
   if (f.separatorPagesList == -1 || f.separatorPagesList == OptionSepratorPagesNone) return;
-  char line[kFeaturesPSLineSize];
   char pages[sizeof f.separatorPages];
   PostScriptNumberText(pages, sizeof pages, f.separatorPages);
   BeginNonPPDFeature(stream);
-  FormatText(line, sizeof line,
-             "1 dict dup/SeparatorPages[%s]put/Custom/ProcSet findresource/setcoverseparator get "
-             "exec\n",
-             pages);
-  KZfprintf(stream, line);
+  WriteFragmentLine(kSeparatorPagesFragment, pages, stream);
   EndNonPPDFeature(stream);
 }
 
 void FeaturesOutputAutoFit(FILE* stream) {
   const FeaturesOptionRecord& f = zpjlOptionFeatures;
   if (f.bookletMarginSwitch == -1 || f.bookletMarginSwitch == OptionBookletMarginNone) return;
-  char line[kFeaturesPSLineSize];
   char shift[sizeof f.bookletMarginShift];
   PostScriptNumberText(shift, sizeof shift, f.bookletMarginShift);
   BeginNonPPDFeature(stream);
-  FormatText(line, sizeof line,
-             "%s.000/Custom/ProcSet findresource/setsignatureimageshift get exec\n", shift);
-  KZfprintf(stream, line);
+  WriteFragmentLine(kBookletMarginShiftFragment, shift, stream);
   EndNonPPDFeature(stream);
 
   if (f.autoFitSwitch == -1) return;
+  // Longer than the line size, so written whole rather than formatted.
   BeginNonPPDFeature(stream);
-  if (f.autoFitSwitch == OptionAutoFitNone) {
-    KZfprintf(stream,
-              "/Custom/ProcSet findresource/setsignatureautoscale 2 copy known {get false exch "
-              "exec} {pop pop} ifelse\n");
-  } else {
-    KZfprintf(stream,
-              "/Custom/ProcSet findresource/setsignatureautoscale 2 copy known {get true exch "
-              "exec} {pop pop} ifelse\n");
-  }
+  KZfprintf(stream, kAutoFitFragment.before);
+  KZfprintf(stream, f.autoFitSwitch == OptionAutoFitNone ? "false" : "true");
+  WriteLine(kAutoFitFragment.after, stream);
   EndNonPPDFeature(stream);
 }
 
@@ -439,31 +426,31 @@ bool IsLandscapeBooklet(const char* numberUp, int32_t orientation) {
 
 }  // namespace
 
-void OutputZPJLCommandforBooklet() {
+void OutputZPJLCommandforBooklet(FILE* stream) {
   // Only printers that take UTF-8 know the booklet attributes.
   if (!IsUTF8PrinterEncoding()) return;
   const CommentOptionRecord& job = psoptioncomment;
 
   if (IsLandscapeBooklet(job.numberUp, job.orientation)) {
-    KZfputs("@PJL SET JOBATTR=\"@DIND=LANDSCAPE\"\n", stdout);
+    KZfputs("@PJL SET JOBATTR=\"@DIND=LANDSCAPE\"\n", stream);
   } else {
-    KZfputs("@PJL SET JOBATTR=\"@DIND=PORTRAIT\"\n", stdout);
+    KZfputs("@PJL SET JOBATTR=\"@DIND=PORTRAIT\"\n", stream);
   }
 
   if (job.signature[0] == '\0') return;
   if (std::strcmp(job.signature, "None") == 0) {
-    KZfputs("@PJL SET JOBATTR=\"@DIBB=OFF\"\n", stdout);
-    KZfputs("@PJL SET JOBATTR=\"@DIBK=OFF\"\n", stdout);
+    KZfputs("@PJL SET JOBATTR=\"@DIBB=OFF\"\n", stream);
+    KZfputs("@PJL SET JOBATTR=\"@DIBK=OFF\"\n", stream);
     return;
   }
   if (std::strstr(job.signature, "Left") != nullptr) {
-    KZfputs("@PJL SET JOBATTR=\"@DIBB=LEFT\"\n", stdout);
+    KZfputs("@PJL SET JOBATTR=\"@DIBB=LEFT\"\n", stream);
   } else if (std::strstr(job.signature, "Right") != nullptr) {
-    KZfputs("@PJL SET JOBATTR=\"@DIBB=RIGHT\"\n", stdout);
+    KZfputs("@PJL SET JOBATTR=\"@DIBB=RIGHT\"\n", stream);
   }
   if (job.signatureVolume[0] != '\0' && std::strcmp(job.signatureVolume, "None") != 0) {
-    KZfputs("@PJL SET JOBATTR=\"@DIBK=MANUALDIVIDE\"\n", stdout);
+    KZfputs("@PJL SET JOBATTR=\"@DIBK=MANUALDIVIDE\"\n", stream);
   } else {
-    KZfputs("@PJL SET JOBATTR=\"@DIBK=NONEDIVIDE\"\n", stdout);
+    KZfputs("@PJL SET JOBATTR=\"@DIBK=NONEDIVIDE\"\n", stream);
   }
 }

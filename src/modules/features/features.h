@@ -92,19 +92,19 @@ extern const char* const coilPunchFaceOff;  // "false"
 extern const char* const mediaTypeA5;       // "A5"
 
 // The header rows, one attribute line each, written when their conditions hold.
-extern const FormatEntry FeaturesFmtTable[];
+extern const FormatEntry* const FeaturesFmtTable;
 extern const int32_t FeaturesFmtTableNum;
 
-// Binds the rows' parameter and condition tables (once, before the ticket).
+// The rows are constants: checks that each parameter table holds the count
+// its row's kind states.
 void FeaturesInializeDescriptionTableFromFilter();
 void FeaturesInitializeCmdParaTable();
-void FeaturesInitialzieComparationTable();
 
 // Fills zpjlOptionFeatures from the job ticket (argument 5).
 void FeaturesGetTicketFromPDE(char* argv[]);
 
 // Writes the header rows whose conditions hold, in row order.
-void FeaturesOutputZPJLCommandFromFilter(char* argv[]);
+void FeaturesOutputZPJLCommandFromFilter(char* argv[], FILE* stream);
 
 // The PostScript hook: separator pages before the first "%%EndProlog" (14)
 // and auto-fit before "%%EndSetup" (16) on 1-up jobs; both, separator
@@ -119,6 +119,29 @@ void FeaturesOutputAutoFit(FILE* stream);
 // Size of the buffer the variable PostScript lines are formatted into.
 constexpr size_t kFeaturesPSLineSize = 100;
 
+// The PostScript the module writes: each fragment is a block of these four
+// lines around one middle line, which is `before`, the value and `after`.
+// The inspector reads a job back by these same constants.
+inline constexpr char kNonPPDBlockOpen[] = "[{";
+inline constexpr char kNonPPDBlockBegin[] = "%%BeginNonPPDFeatures";
+inline constexpr char kNonPPDBlockEnd[] = "%%EndNonPPDFeatures";
+inline constexpr char kNonPPDBlockClose[] = "} stopped cleartomark";
+struct NonPPDFragment {
+  const char* before;
+  const char* after;
+};
+inline constexpr NonPPDFragment kSeparatorPagesFragment = {
+    "1 dict dup/SeparatorPages[", "]put/Custom/ProcSet findresource/setcoverseparator get exec"};
+inline constexpr NonPPDFragment kBookletMarginShiftFragment = {
+    "", ".000/Custom/ProcSet findresource/setsignatureimageshift get exec"};
+// The value is "true" or "false".
+inline constexpr NonPPDFragment kAutoFitFragment = {
+    "/Custom/ProcSet findresource/setsignatureautoscale 2 copy known {get ",
+    " exch exec} {pop pop} ifelse"};
+
 // @DIND, @DIBB and @DIBK from the job information comments record, on
 // printers whose language encoding is UTF-8 only.
-void OutputZPJLCommandforBooklet();
+void OutputZPJLCommandforBooklet(FILE* stream);
+
+// The attributes of the booklet lines.
+inline constexpr const char* BookletAttributeNames[] = {"DIND", "DIBB", "DIBK"};

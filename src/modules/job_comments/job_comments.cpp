@@ -96,47 +96,49 @@ void CommentGetTicketFromPDE(char* argv[]) {
   if (rec.layoutDirection == -1) rec.layoutDirection = 1;
 }
 
-void OutputZPJLCommandforCommentVersionLow() {
-  KZfputs("@PJL COMMENT PRINTJOBINFO VERSION=1.3.0\n", stdout);
+void OutputZPJLCommandforCommentVersionLow(FILE* stream) {
+  KZfputs("@PJL COMMENT PRINTJOBINFO VERSION=1.3.0\n", stream);
 }
 
-void OutputZPJLCommandforCommentVersionHigh() {
-  KZfputs("@PJL COMMENT PRINTJOBINFO VERSION=1.5.0\n", stdout);
+void OutputZPJLCommandforCommentVersionHigh(FILE* stream) {
+  KZfputs("@PJL COMMENT PRINTJOBINFO VERSION=1.5.0\n", stream);
 }
 
-void OutputZPJLCommandforCommentBegin() {
-  KZfputs("@PJL COMMENT PRINTJOBINFO BEGIN\n", stdout);
-  KZfputs("@PJL COMMENT PRINTJOBINFO PDLTYPE=PDL[POSTSCRIPT]:VERSION[3]\n", stdout);
-  KZfputs("@PJL COMMENT PRINTJOBINFO JOBTYPE=PRINT\n", stdout);
+void OutputZPJLCommandforCommentBegin(FILE* stream) {
+  KZfputs("@PJL COMMENT PRINTJOBINFO BEGIN\n", stream);
+  KZfputs("@PJL COMMENT PRINTJOBINFO PDLTYPE=PDL[POSTSCRIPT]:VERSION[3]\n", stream);
+  KZfputs("@PJL COMMENT PRINTJOBINFO JOBTYPE=PRINT\n", stream);
 }
 
-void OutputZPJLCommandforCommentEnd() { KZfputs("@PJL COMMENT PRINTJOBINFO END\n", stdout); }
+void OutputZPJLCommandforCommentEnd(FILE* stream) {
+  KZfputs("@PJL COMMENT PRINTJOBINFO END\n", stream);
+}
 
 namespace {
 
 bool IsEmpty(const char* text) { return text[0] == '\0'; }
 
 // Writes "@PJL COMMENT PRINTJOBINFO <item>\n"; a null item writes nothing.
-void PutCommentItem(const char* item) {
+void PutCommentItem(const char* item, FILE* stream) {
   if (item == nullptr) return;
   char line[kCommentLineSize];
   FormatText(line, sizeof line, "@PJL COMMENT PRINTJOBINFO %s\n", item);
-  KZfputs(line, stdout);
+  KZfputs(line, stream);
 }
 
 // ---- Basic lines ----------------------------------------------------------
 
-void PutCopies() {
+void PutCopies(FILE* stream) {
   if (IsEmpty(rec.collate)) return;
   char line[kCommentLineSize];
   if (Equals(rec.collate, "collate")) {
     FormatText(line, sizeof line, "@PJL COMMENT PRINTJOBINFO JOBCOPIES=%d\n", rec.copies);
-    KZfputs(line, stdout);
-    PutCommentItem("PAGECOPIES=1");
+    KZfputs(line, stream);
+    PutCommentItem("PAGECOPIES=1", stream);
   } else {
     FormatText(line, sizeof line, "@PJL COMMENT PRINTJOBINFO PAGECOPIES=%d\n", rec.copies);
-    KZfputs(line, stdout);
-    PutCommentItem("JOBCOPIES=1");
+    KZfputs(line, stream);
+    PutCommentItem("JOBCOPIES=1", stream);
   }
 }
 
@@ -154,60 +156,60 @@ const DuplexRule kDuplexRules[] = {
     {"one-sided", 1, "DUPLEXTYPE=SIMPLEX"},
 };
 
-void PutDuplex() {
+void PutDuplex(FILE* stream) {
   if (IsEmpty(rec.sides)) return;
   for (const DuplexRule& rule : kDuplexRules) {
     bool sidesMatch = rule.sides != nullptr && Equals(rec.sides, rule.sides);
     bool edgeMatch = rule.bindingEdge != -1 && rec.duplexBindingEdge == rule.bindingEdge;
     if (sidesMatch || edgeMatch) {
-      PutCommentItem(rule.item);
+      PutCommentItem(rule.item, stream);
       return;
     }
   }
 }
 
-void PutColorMode() {
+void PutColorMode(FILE* stream) {
   switch (DecideRenderColor(rec.colorMode)) {
     case RenderColor::kColor:
-      PutCommentItem("COLORMODE=COLOR");
+      PutCommentItem("COLORMODE=COLOR", stream);
       break;
     case RenderColor::kGrayscale:
-      PutCommentItem("COLORMODE=GRAYSCALE");
+      PutCommentItem("COLORMODE=GRAYSCALE", stream);
       break;
     case RenderColor::kNone:
       break;
   }
 }
 
-void PutNumberUp() {
+void PutNumberUp(FILE* stream) {
   if (IsEmpty(rec.numberUp)) return;
   char line[kCommentLineSize];
   char safe[kCommentLineSize];
   FormatText(line, sizeof line, "@PJL COMMENT PRINTJOBINFO NUP=%s\n",
              CleanPJLCopy(safe, sizeof safe, rec.numberUp));
-  KZfputs(line, stdout);
+  KZfputs(line, stream);
 }
 
-void PutStaple() {
+void PutStaple(FILE* stream) {
   if (IsEmpty(rec.staple)) return;
   // Saddle stapling is a booklet setting, not a staple.
   bool off = Equals(rec.staple, "None") || Equals(rec.staple, "SaddleStaple");
-  PutCommentItem(off ? "STAPLE=OFF" : "STAPLE=ON");
+  PutCommentItem(off ? "STAPLE=OFF" : "STAPLE=ON", stream);
 }
 
-void PutPunch() {
+void PutPunch(FILE* stream) {
   if (IsEmpty(rec.punch)) return;
-  PutCommentItem(Equals(rec.punch, "None") ? "PUNCH=OFF" : "PUNCH=ON");
+  PutCommentItem(Equals(rec.punch, "None") ? "PUNCH=OFF" : "PUNCH=ON", stream);
 }
 
-void PutBooklet() {
+void PutBooklet(FILE* stream) {
   if (IsEmpty(rec.signature)) return;
   if (Equals(rec.signature, "None") || IsEmpty(rec.signatureVolume)) {
-    PutCommentItem("BOOKLETTYPE=TYPE[NOBOOKLET]");
+    PutCommentItem("BOOKLETTYPE=TYPE[NOBOOKLET]", stream);
     return;
   }
   if (Equals(rec.signatureVolume, "None")) {
-    PutCommentItem("BOOKLETTYPE=TYPE[NONEDIVIDE]");
+    PutCommentItem("BOOKLETTYPE=TYPE[NONEDIVIDE]", stream);
     return;
   }
   // The volume is a sheet count followed by a word ("10Sheets"): keep the count.
@@ -221,7 +223,7 @@ void PutBooklet() {
   FormatText(line, sizeof line,
              "@PJL COMMENT PRINTJOBINFO BOOKLETTYPE=TYPE[MANUALDIVIDE]:THRESHOLD[%s]\n",
              CleanPJLCopy(safe, sizeof safe, rec.signatureVolume));
-  KZfputs(line, stdout);
+  KZfputs(line, stream);
 }
 
 // ---- Advanced lines -------------------------------------------------------
@@ -389,36 +391,36 @@ const char* StaplePositionItem() {
   return FindContained(kStaplePositions, rec.staple);
 }
 
-void PutPunchPosition() {
+void PutPunchPosition(FILE* stream) {
   const char* location = FindContained(kPunchLocations, rec.punch);
   const char* holes = FindEqual(kPunchHoles, rec.punchHoles);
   if (location == nullptr || holes == nullptr) return;
   char line[kCommentLineSize];
   FormatText(line, sizeof line, "@PJL COMMENT PRINTJOBINFO PUNCHEX=HOLES[%s]:LOCATION[%s]\n",
              holes, location);
-  KZfputs(line, stdout);
+  KZfputs(line, stream);
 }
 
 }  // namespace
 
-void OutputZPJLCommandforCommentBasic() {
-  PutCopies();
-  PutDuplex();
-  PutColorMode();
-  PutNumberUp();
-  PutStaple();
-  PutPunch();
-  PutBooklet();
+void OutputZPJLCommandforCommentBasic(FILE* stream) {
+  PutCopies(stream);
+  PutDuplex(stream);
+  PutColorMode(stream);
+  PutNumberUp(stream);
+  PutStaple(stream);
+  PutPunch(stream);
+  PutBooklet(stream);
 }
 
-void OutputZPJLCommandforCommentAdvanced() {
-  PutCommentItem(OrientationItem());
-  PutCommentItem(NupOrderItem());
-  PutCommentItem(SaddleStitchItem());
-  PutCommentItem(StaplePositionItem());
-  PutPunchPosition();
-  PutCommentItem("MIXEDSIZETYPE=NONE");
-  PutCommentItem("CUD=OFF");
+void OutputZPJLCommandforCommentAdvanced(FILE* stream) {
+  PutCommentItem(OrientationItem(), stream);
+  PutCommentItem(NupOrderItem(), stream);
+  PutCommentItem(SaddleStitchItem(), stream);
+  PutCommentItem(StaplePositionItem(), stream);
+  PutPunchPosition(stream);
+  PutCommentItem("MIXEDSIZETYPE=NONE", stream);
+  PutCommentItem("CUD=OFF", stream);
 }
 
 const char* const kCommentedModelList[] = {
@@ -435,16 +437,16 @@ const char* const kCommentedModelList[] = {
 
 namespace {
 
-void OutputJobInformationBlock(bool advanced) {
+void OutputJobInformationBlock(bool advanced, FILE* stream) {
   if (advanced) {
-    OutputZPJLCommandforCommentVersionHigh();
+    OutputZPJLCommandforCommentVersionHigh(stream);
   } else {
-    OutputZPJLCommandforCommentVersionLow();
+    OutputZPJLCommandforCommentVersionLow(stream);
   }
-  OutputZPJLCommandforCommentBegin();
-  OutputZPJLCommandforCommentBasic();
-  if (advanced) OutputZPJLCommandforCommentAdvanced();
-  OutputZPJLCommandforCommentEnd();
+  OutputZPJLCommandforCommentBegin(stream);
+  OutputZPJLCommandforCommentBasic(stream);
+  if (advanced) OutputZPJLCommandforCommentAdvanced(stream);
+  OutputZPJLCommandforCommentEnd(stream);
 }
 
 bool IsCommentedModel(const char* pcFileName) {
@@ -454,24 +456,24 @@ bool IsCommentedModel(const char* pcFileName) {
   return false;
 }
 
-void OutputJobInformation(ppd_file_t* ppd) {
+void OutputJobInformation(ppd_file_t* ppd, FILE* stream) {
   ppd_attr_t* encoding = ppdFindAttr_ALT(ppd, "KRPrinterLanguageEncoding");
   if (encoding != nullptr) {
     if (encoding->value == nullptr || std::strcmp(encoding->value, "UTF-8") != 0) {
-      OutputJobInformationBlock(false);
+      OutputJobInformationBlock(false, stream);
       return;
     }
   } else {
     ppd_attr_t* pcFileName = ppdFindAttr_ALT(ppd, "PCFileName");
     if (pcFileName == nullptr) return;
     if (pcFileName->value != nullptr && IsCommentedModel(pcFileName->value)) {
-      OutputJobInformationBlock(false);
+      OutputJobInformationBlock(false, stream);
       return;
     }
   }
-  if (PPDAttrEquals(ppd, "CommentOn", "True")) OutputJobInformationBlock(true);
+  if (PPDAttrEquals(ppd, "CommentOn", "True")) OutputJobInformationBlock(true, stream);
 }
 
 }  // namespace
 
-void OutputZPJLCommandForJobInformation() { OutputJobInformation(JobPPD()); }
+void OutputZPJLCommandForJobInformation(FILE* stream) { OutputJobInformation(JobPPD(), stream); }

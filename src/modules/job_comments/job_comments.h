@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 
 #include "ticket/ticket_access.h"
 
@@ -52,16 +53,16 @@ void CommentGetTicketFromPDE(char* argv[]);
 // Zeroes the whole record, collate included (tests run many jobs per process).
 void CommentResetOptionRecord();
 
-void OutputZPJLCommandforCommentVersionLow();   // VERSION=1.3.0
-void OutputZPJLCommandforCommentVersionHigh();  // VERSION=1.5.0
-void OutputZPJLCommandforCommentBegin();
+void OutputZPJLCommandforCommentVersionLow(FILE* stream);   // VERSION=1.3.0
+void OutputZPJLCommandforCommentVersionHigh(FILE* stream);  // VERSION=1.5.0
+void OutputZPJLCommandforCommentBegin(FILE* stream);
 // Copies, duplex, colour, N-up, staple, punch and booklet lines. May cut the
 // signature volume at "Sheet" in the record.
-void OutputZPJLCommandforCommentBasic();
+void OutputZPJLCommandforCommentBasic(FILE* stream);
 // Orientation, N-up order, saddle stitch, staple and punch positions, and the
 // two fixed closing lines.
-void OutputZPJLCommandforCommentAdvanced();
-void OutputZPJLCommandforCommentEnd();
+void OutputZPJLCommandforCommentAdvanced(FILE* stream);
+void OutputZPJLCommandforCommentEnd(FILE* stream);
 
 // Product codes whose PPD (PCFileName) gets the version 1.3.0 block; ended
 // by an empty entry.
@@ -70,4 +71,13 @@ extern const char* const kCommentedModelList[];
 // The PRINTJOBINFO block, or nothing: version 1.3.0 for legacy-encoding
 // printers and the listed models, version 1.5.0 with the advanced lines
 // where the PPD's CommentOn asks.
-void OutputZPJLCommandForJobInformation();
+void OutputZPJLCommandForJobInformation(FILE* stream);
+
+// The items of the block's lines ("@PJL COMMENT PRINTJOBINFO <item>=...").
+inline constexpr char kCommentVersionItem[] = "VERSION";
+inline constexpr char kCommentEndItem[] = "END";
+inline constexpr const char* CommentItemNames[] = {
+    kCommentVersionItem, "BEGIN", "PDLTYPE", "JOBTYPE", "JOBCOPIES", "PAGECOPIES", "DUPLEXTYPE",
+    "COLORMODE", "NUP", "STAPLE", "PUNCH", "BOOKLETTYPE", "ORIENTATION", "NUPEX", "SADDLESTAPLE",
+    "STAPLEEX", "PUNCHEX", "MIXEDSIZETYPE", "CUD", kCommentEndItem,
+};

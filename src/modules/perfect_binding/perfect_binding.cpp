@@ -175,10 +175,10 @@ int32_t CutPositionMillimetres(const char* text) {
   return TextToInt(number);
 }
 
-void OutputPBindNumber(const char* attribute, int32_t value) {
+void OutputPBindNumber(const char* attribute, int32_t value, FILE* stream) {
   char line[kPBindLineSize];
   FormatText(line, sizeof line, "@PJL SET JOBATTR=\"@%s=%d\"\n", attribute, value);
-  KZfputs(line, stdout);
+  KZfputs(line, stream);
 }
 
 // Points to tenths of a millimetre through whole millimetres (1 pt = 6/17 mm).
@@ -248,10 +248,10 @@ void NormaliseTrimming(PBindOption* option) {
 }
 
 // Translates `name` and writes it as @<attribute>.
-void OutputPBindTranslated(const char* name, const char* attribute) {
+void OutputPBindTranslated(const char* name, const char* attribute, FILE* stream) {
   char word[kPBindTextSize];
   convertPBindPPDValue(name, word, sizeof word);
-  OutputZPJLCommandforPBindNormal(word, attribute);
+  OutputZPJLCommandforPBindNormal(word, attribute, stream);
 }
 
 }  // namespace
@@ -279,22 +279,22 @@ void PBindPageSizeInTenths(const char* name, int32_t* width, int32_t* length) {
   }
 }
 
-void OutputZPJLCommandforPBindNormal(const char* value, const char* attribute) {
+void OutputZPJLCommandforPBindNormal(const char* value, const char* attribute, FILE* stream) {
   char line[kPBindLineSize];
   char safe[kPBindLineSize];
   FormatText(line, sizeof line, "@PJL SET JOBATTR=\"@%s=%s\"\n", attribute,
              CleanPJLCopy(safe, sizeof safe, value));
-  KZfputs(line, stdout);
+  KZfputs(line, stream);
 }
 
 void OutputZPJLCommandforPBindDigital(const char* text, int32_t factor, const char* attribute,
-                                      const char* position, int32_t signMode) {
+                                      const char* position, int32_t signMode, FILE* stream) {
   if (text == nullptr || text[0] == '\0') return;
   int32_t value = Wrap32(static_cast<int64_t>(TextToInt(text)) * factor);
   bool negate = (signMode == 1 && Equals(position, "RIGHT")) ||
                 (signMode == 2 && (Equals(position, "TOP") || Equals(position, "LEFT")));
   if (negate) value = Wrap32(-static_cast<int64_t>(value));
-  OutputPBindNumber(attribute, value);
+  OutputPBindNumber(attribute, value, stream);
 }
 
 int PBindGetTicketFromPDE(char* argv[]) {
@@ -305,20 +305,20 @@ int PBindGetTicketFromPDE(char* argv[]) {
   return 1;
 }
 
-void OutputZPJLCommandforPerfectBind() {
+void OutputZPJLCommandforPerfectBind(FILE* stream) {
   const PBindOption& option = psoptionpbind;
   const char* position = option.position;
   if (position[0] == '\0' || Equals(position, "OFF")) return;
 
-  OutputZPJLCommandforPBindNormal(option.position, "PBRE");
-  OutputZPJLCommandforPBindNormal(option.rotation, "MSDA");
-  OutputZPJLCommandforPBindNormal(option.trimming, "PBTC");
+  OutputZPJLCommandforPBindNormal(option.position, "PBRE", stream);
+  OutputZPJLCommandforPBindNormal(option.rotation, "MSDA", stream);
+  OutputZPJLCommandforPBindNormal(option.trimming, "PBTC", stream);
 
   int32_t width = 0;
   int32_t length = 0;
   if (option.pageSize[0] != '\0') {
     PBindPageSizeInTenths(option.pageSize, &width, &length);
-    OutputPBindTranslated(option.pageSize, "PBBP");
+    OutputPBindTranslated(option.pageSize, "PBBP", stream);
   }
 
   const bool trimmed = !Equals(option.trimming, "OFF");
@@ -337,7 +337,7 @@ void OutputZPJLCommandforPerfectBind() {
     cutWidth = width;
     cutLength = length;
   }
-  OutputZPJLCommandforPBindNormal(cutPage, "PBTP");
+  OutputZPJLCommandforPBindNormal(cutPage, "PBTP", stream);
 
   if (trimmed) {
     const bool fore = option.cutPositionFore[0] != '\0';
@@ -345,49 +345,55 @@ void OutputZPJLCommandforPerfectBind() {
     if (fore) {
       int64_t n = CutPositionMillimetres(option.cutPositionFore);
       offset = Wrap32(5 * n);
-      OutputPBindNumber("PBTW", Wrap32(width - 10 * n));
+      OutputPBindNumber("PBTW", Wrap32(width - 10 * n), stream);
     }
     if (top) {
       // Both top and bottom edges are cut.
       int64_t m = CutPositionMillimetres(option.cutPositionTop);
-      OutputPBindNumber("PBTH", Wrap32(length - 20 * m));
+      OutputPBindNumber("PBTH", Wrap32(length - 20 * m), stream);
     } else if (fore) {
-      OutputPBindNumber("PBTH", length);
+      OutputPBindNumber("PBTH", length, stream);
     } else {
-      OutputPBindNumber("PBTW", cutWidth);
-      OutputPBindNumber("PBTH", cutLength);
+      OutputPBindNumber("PBTW", cutWidth, stream);
+      OutputPBindNumber("PBTH", cutLength, stream);
     }
     if (option.minimumCut == 0) {
       int32_t negated = Wrap32(-static_cast<int64_t>(offset));
       bool right = Equals(position, "RIGHT");
-      OutputPBindNumber("ISXO", right ? offset : negated);
-      OutputPBindNumber("ISXT", right ? negated : offset);
+      OutputPBindNumber("ISXO", right ? offset : negated, stream);
+      OutputPBindNumber("ISXT", right ? negated : offset, stream);
     }
   }
 
-  OutputZPJLCommandforPBindDigital(option.cutPageAdjustmentFore, 1, "PBAW", position, 0);
-  OutputZPJLCommandforPBindDigital(option.cutPageAdjustmentTB, 1, "PBAH", position, 0);
+  OutputZPJLCommandforPBindDigital(option.cutPageAdjustmentFore, 1, "PBAW", position, 0, stream);
+  OutputZPJLCommandforPBindDigital(option.cutPageAdjustmentTB, 1, "PBAH", position, 0, stream);
   if (Equals(position, "RIGHT")) {
     // The sheet is turned, so top and bottom trade places.
-    OutputZPJLCommandforPBindDigital(option.rotationAdjustTop, 1, "PBAB", position, 0);
-    OutputZPJLCommandforPBindDigital(option.rotationAdjustBot, 1, "PBAT", position, 0);
+    OutputZPJLCommandforPBindDigital(option.rotationAdjustTop, 1, "PBAB", position, 0, stream);
+    OutputZPJLCommandforPBindDigital(option.rotationAdjustBot, 1, "PBAT", position, 0, stream);
   } else {
-    OutputZPJLCommandforPBindDigital(option.rotationAdjustTop, 1, "PBAT", position, 0);
-    OutputZPJLCommandforPBindDigital(option.rotationAdjustBot, 1, "PBAB", position, 0);
+    OutputZPJLCommandforPBindDigital(option.rotationAdjustTop, 1, "PBAT", position, 0, stream);
+    OutputZPJLCommandforPBindDigital(option.rotationAdjustBot, 1, "PBAB", position, 0, stream);
   }
-  OutputZPJLCommandforPBindDigital(option.rotationAdjustFore, 1, "PBAF", position, 1);
-  OutputZPJLCommandforPBindDigital(option.coverAdjustX, 1, "PBAX", position, 1);
-  OutputZPJLCommandforPBindDigital(option.coverAdjustY, 1, "PBAY", position, 2);
-  OutputZPJLCommandforPBindDigital(option.cutPositionAdjustmentTB, 1, "PBAV", position, 1);
+  OutputZPJLCommandforPBindDigital(option.rotationAdjustFore, 1, "PBAF", position, 1, stream);
+  OutputZPJLCommandforPBindDigital(option.coverAdjustX, 1, "PBAX", position, 1, stream);
+  OutputZPJLCommandforPBindDigital(option.coverAdjustY, 1, "PBAY", position, 2, stream);
+  OutputZPJLCommandforPBindDigital(option.cutPositionAdjustmentTB, 1, "PBAV", position, 1, stream);
 
   if (option.coverPageSize[0] != '\0') {
     const char* coverSize = Equals(option.coverPageSize, "DL") ? "Tabloid" : option.coverPageSize;
-    OutputPBindTranslated(coverSize, "PBCP");
+    OutputPBindTranslated(coverSize, "PBCP", stream);
   }
-  if (option.coverMediaType[0] != '\0') OutputPBindTranslated(option.coverMediaType, "PBCQ");
-  if (option.coverMediaColor[0] != '\0') OutputPBindTranslated(option.coverMediaColor, "PBCC");
+  if (option.coverMediaType[0] != '\0') {
+    OutputPBindTranslated(option.coverMediaType, "PBCQ", stream);
+  }
+  if (option.coverMediaColor[0] != '\0') {
+    OutputPBindTranslated(option.coverMediaColor, "PBCC", stream);
+  }
   // The colour, not the tray, decides whether the tray goes out.
-  if (option.coverMediaColor[0] != '\0') OutputPBindTranslated(option.coverPaperTray, "PBCT");
+  if (option.coverMediaColor[0] != '\0') {
+    OutputPBindTranslated(option.coverPaperTray, "PBCT", stream);
+  }
 
-  OutputZPJLCommandforPBindNormal("OFF", "PBCI");
+  OutputZPJLCommandforPBindNormal("OFF", "PBCI", stream);
 }

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 
 #include "ticket/ticket_access.h"
 
@@ -59,16 +60,23 @@ void convertPBindPPDValue(const char* name, char* out, size_t size);
 void PBindPageSizeInTenths(const char* name, int32_t* width, int32_t* length);
 
 // "@PJL SET JOBATTR=\"@<attribute>=<value>\"\n".
-void OutputZPJLCommandforPBindNormal(const char* value, const char* attribute);
+void OutputZPJLCommandforPBindNormal(const char* value, const char* attribute, FILE* stream);
 
 // When `text` is non-empty, writes atoi(text) * factor as @<attribute>,
 // negated for sign mode 1 when `position` is "RIGHT" and for sign mode 2
 // when it is "TOP" or "LEFT".
 void OutputZPJLCommandforPBindDigital(const char* text, int32_t factor, const char* attribute,
-                                      const char* position, int32_t signMode);
+                                      const char* position, int32_t signMode, FILE* stream);
 
 // Clears the record, reads the ticket and turns choice names into printer words.
 int PBindGetTicketFromPDE(char* argv[]);
 
 // The perfect-binding header lines; nothing when binding is off.
-void OutputZPJLCommandforPerfectBind();
+void OutputZPJLCommandforPerfectBind(FILE* stream);
+
+// The attributes the perfect-binding lines carry, in the order they are
+// written (the inspector knows the lines by these names).
+inline constexpr const char* PBindAttributeNames[] = {
+    "PBRE", "MSDA", "PBTC", "PBBP", "PBTP", "PBTW", "PBTH", "ISXO", "ISXT", "PBAW", "PBAH",
+    "PBAT", "PBAB", "PBAF", "PBAX", "PBAY", "PBAV", "PBCP", "PBCQ", "PBCC", "PBCT", "PBCI",
+};

@@ -57,77 +57,73 @@ const char prtfmtStrDelayTime[] = "@PJL SET JOBATTR=%c@PRTM=%s%c\r\n";
 
 // ---- Parameter lists ------------------------------------------------------
 
-const ParamPointer cmdParaListBoxNumber[] = {pt.mailboxNumber, &CTRLSym_CR, &CTRLSym_LF};
-const int32_t cmdParaNumBoxNumber = 3;
-const ParamPointer cmdParaListBoxEncryptKey[] = {&CTRLSym_DOUBLE, pt.mailboxPassword,
-                                                 &CTRLSym_DOUBLE, &CTRLSym_CR, &CTRLSym_LF};
-const int32_t cmdParaNumBoxEncryptKey = 5;
-const ParamPointer cmdParaListUserName[] = {&CTRLSym_DOUBLE, pt.userName, &CTRLSym_DOUBLE,
-                                            &CTRLSym_CR, &CTRLSym_LF};
-const int32_t cmdParaNumUserName = 5;
-const ParamPointer cmdParaListHoldEncryptKey[] = {&CTRLSym_DOUBLE, pt.password, &CTRLSym_DOUBLE,
-                                                  &CTRLSym_CR, &CTRLSym_LF};
-const int32_t cmdParaNumHoldEncryptKey = 5;
-const ParamPointer cmdParaListAutoJobName[] = {&CTRLSym_DOUBLE, PTStdDocumentName, &CTRLSym_DOUBLE};
-const int32_t cmdParaNumAutoJobName = 3;
-const ParamPointer cmdParaListEnteredJobName[] = {&CTRLSym_DOUBLE, pt.documentName,
-                                                  &CTRLSym_DOUBLE};
-const int32_t cmdParaNumEnteredJobName = 3;
-const ParamPointer cmdParaListDelayTime[] = {&CTRLSym_DOUBLE, pt.delayTime, &CTRLSym_DOUBLE};
-const int32_t cmdParaNumDelayTime = 3;
+constexpr ParamPointer cmdParaListBoxNumber[] = {pt.mailboxNumber, &CTRLSym_CR, &CTRLSym_LF};
+constexpr int32_t cmdParaNumBoxNumber = 3;
+constexpr ParamPointer cmdParaListBoxEncryptKey[] = {&CTRLSym_DOUBLE, pt.mailboxPassword,
+                                                     &CTRLSym_DOUBLE, &CTRLSym_CR, &CTRLSym_LF};
+constexpr int32_t cmdParaNumBoxEncryptKey = 5;
+constexpr ParamPointer cmdParaListUserName[] = {&CTRLSym_DOUBLE, pt.userName, &CTRLSym_DOUBLE,
+                                                &CTRLSym_CR, &CTRLSym_LF};
+constexpr int32_t cmdParaNumUserName = 5;
+constexpr ParamPointer cmdParaListHoldEncryptKey[] = {&CTRLSym_DOUBLE, pt.password,
+                                                      &CTRLSym_DOUBLE, &CTRLSym_CR, &CTRLSym_LF};
+constexpr int32_t cmdParaNumHoldEncryptKey = 5;
+constexpr ParamPointer cmdParaListAutoJobName[] = {&CTRLSym_DOUBLE, PTStdDocumentName,
+                                                   &CTRLSym_DOUBLE};
+constexpr int32_t cmdParaNumAutoJobName = 3;
+constexpr ParamPointer cmdParaListEnteredJobName[] = {&CTRLSym_DOUBLE, pt.documentName,
+                                                      &CTRLSym_DOUBLE};
+constexpr int32_t cmdParaNumEnteredJobName = 3;
+constexpr ParamPointer cmdParaListDelayTime[] = {&CTRLSym_DOUBLE, pt.delayTime, &CTRLSym_DOUBLE};
+constexpr int32_t cmdParaNumDelayTime = 3;
 
-ParamTable symParaBoxNumber;
-ParamTable symParaBoxEncryptKey;
-ParamTable symParaUserName;
-ParamTable symParaHoldEncryptKey;
-ParamTable symParaAutoJobName;
-ParamTable symParaEnteredJobName;
-ParamTable symParaDelayTime;
+constexpr ParamTable symParaBoxNumber = Params(cmdParaListBoxNumber);
+constexpr ParamTable symParaBoxEncryptKey = Params(cmdParaListBoxEncryptKey);
+constexpr ParamTable symParaUserName = Params(cmdParaListUserName);
+constexpr ParamTable symParaHoldEncryptKey = Params(cmdParaListHoldEncryptKey);
+constexpr ParamTable symParaAutoJobName = Params(cmdParaListAutoJobName);
+constexpr ParamTable symParaEnteredJobName = Params(cmdParaListEnteredJobName);
+constexpr ParamTable symParaDelayTime = Params(cmdParaListDelayTime);
 
 // ---- Condition items ------------------------------------------------------
 
-const ConditionItem comparationItemHoldStore[] = {
+constexpr ConditionItem comparationItemHoldStore[] = {
     Is(pt.printType, OptionSecurePrint), Set(pt.userName),
     ShorterThan(pt.userName, PRINTTYPEUSERNAMEDMAXLEN)};
 // The password test stands twice; kept as the printers' tables have it.
-const ConditionItem comparationItemHoldTypePrivate[] = {
+constexpr ConditionItem comparationItemHoldTypePrivate[] = {
     Is(pt.printType, OptionSecurePrint), Set(pt.userName), Set(pt.password), Set(pt.password)};
-const ConditionItem comparationItemHoldProof[] = {Is(pt.printType, OptionSamplePrint),
+constexpr ConditionItem comparationItemHoldProof[] = {Is(pt.printType, OptionSamplePrint),
                                                   Set(pt.userName)};
-const ConditionItem comparationItemMailbox[] = {Is(pt.printType, OptionMBN)};
-const ConditionItem comparationItemMailboxPassword[] = {Is(pt.printType, OptionMBN),
+constexpr ConditionItem comparationItemMailbox[] = {Is(pt.printType, OptionMBN)};
+constexpr ConditionItem comparationItemMailboxPassword[] = {Is(pt.printType, OptionMBN),
                                                         Set(pt.mailboxPassword)};
 // Every print type but normal, delayed and mailbox printing, including a
 // print type the ticket did not set.
-const ConditionItem comparationItemUserName[] = {Not(pt.printType, OptionSecurePrintNone),
+constexpr ConditionItem comparationItemUserName[] = {Not(pt.printType, OptionSecurePrintNone),
                                                  Not(pt.printType, OptionDelayPrint),
                                                  Not(pt.printType, OptionMBN), Set(pt.userName)};
-const ConditionItem comparationItemHoldEncryptKey[] = {Is(pt.printType, OptionSecurePrint),
+constexpr ConditionItem comparationItemHoldEncryptKey[] = {Is(pt.printType, OptionSecurePrint),
                                                        Set(pt.userName), Set(pt.password)};
-const ConditionItem comparationItemAutoJobName[] = {
+constexpr ConditionItem comparationItemAutoJobName[] = {
     Not(pt.printType, OptionSecurePrintNone),
     Is(pt.documentNameType, OptionDocumentNameAutoRetrieve), Set(PTStdDocumentName)};
-const ConditionItem comparationItemEnteredJobName[] = {
+constexpr ConditionItem comparationItemEnteredJobName[] = {
     Not(pt.printType, OptionSecurePrintNone), Is(pt.documentNameType, OptionDocumentNameEnterName),
     Set(pt.documentName)};
-const ConditionItem comparationItemDelayTime[] = {Is(pt.printType, OptionDelayPrint),
+constexpr ConditionItem comparationItemDelayTime[] = {Is(pt.printType, OptionDelayPrint),
                                                   Set(pt.delayTime)};
 
-template <size_t N>
-void Bind(ConditionTable* table, const ConditionItem (&items)[N]) {
-  InitializeComparationTable(table, static_cast<int32_t>(N), items);
-}
-
-ConditionTable comparationHoldStore;
-ConditionTable comparationHoldTypePrivate;
-ConditionTable comparationHoldProof;
-ConditionTable comparationMailbox;
-ConditionTable comparationMailboxPassword;
-ConditionTable comparationUserName;
-ConditionTable comparationHoldEncryptKey;
-ConditionTable comparationAutoJobName;
-ConditionTable comparationEnteredJobName;
-ConditionTable comparationDelayTime;
+constexpr ConditionTable comparationHoldStore = Conditions(comparationItemHoldStore);
+constexpr ConditionTable comparationHoldTypePrivate = Conditions(comparationItemHoldTypePrivate);
+constexpr ConditionTable comparationHoldProof = Conditions(comparationItemHoldProof);
+constexpr ConditionTable comparationMailbox = Conditions(comparationItemMailbox);
+constexpr ConditionTable comparationMailboxPassword = Conditions(comparationItemMailboxPassword);
+constexpr ConditionTable comparationUserName = Conditions(comparationItemUserName);
+constexpr ConditionTable comparationHoldEncryptKey = Conditions(comparationItemHoldEncryptKey);
+constexpr ConditionTable comparationAutoJobName = Conditions(comparationItemAutoJobName);
+constexpr ConditionTable comparationEnteredJobName = Conditions(comparationItemEnteredJobName);
+constexpr ConditionTable comparationDelayTime = Conditions(comparationItemDelayTime);
 
 }  // namespace
 
@@ -160,34 +156,16 @@ const FormatEntry PrintTypeFmtPartTable[PrintTypeFmtPartTableNum] = {
 };
 
 void PrintTypeInitializeCmdParaTable() {
-  InitializeCmdParaTable(&symParaBoxNumber, cmdParaNumBoxNumber, cmdParaListBoxNumber);
-  InitializeCmdParaTable(&symParaBoxEncryptKey, cmdParaNumBoxEncryptKey, cmdParaListBoxEncryptKey);
-  InitializeCmdParaTable(&symParaUserName, cmdParaNumUserName, cmdParaListUserName);
-  InitializeCmdParaTable(&symParaHoldEncryptKey, cmdParaNumHoldEncryptKey,
-                         cmdParaListHoldEncryptKey);
-  InitializeCmdParaTable(&symParaAutoJobName, cmdParaNumAutoJobName, cmdParaListAutoJobName);
-  InitializeCmdParaTable(&symParaEnteredJobName, cmdParaNumEnteredJobName,
-                         cmdParaListEnteredJobName);
-  InitializeCmdParaTable(&symParaDelayTime, cmdParaNumDelayTime, cmdParaListDelayTime);
+  RequireCmdParaTable(symParaBoxNumber, cmdParaNumBoxNumber, cmdParaListBoxNumber);
+  RequireCmdParaTable(symParaBoxEncryptKey, cmdParaNumBoxEncryptKey, cmdParaListBoxEncryptKey);
+  RequireCmdParaTable(symParaUserName, cmdParaNumUserName, cmdParaListUserName);
+  RequireCmdParaTable(symParaHoldEncryptKey, cmdParaNumHoldEncryptKey, cmdParaListHoldEncryptKey);
+  RequireCmdParaTable(symParaAutoJobName, cmdParaNumAutoJobName, cmdParaListAutoJobName);
+  RequireCmdParaTable(symParaEnteredJobName, cmdParaNumEnteredJobName, cmdParaListEnteredJobName);
+  RequireCmdParaTable(symParaDelayTime, cmdParaNumDelayTime, cmdParaListDelayTime);
 }
 
-void PrintTypeInitialzieComparationTable() {
-  Bind(&comparationHoldStore, comparationItemHoldStore);
-  Bind(&comparationHoldTypePrivate, comparationItemHoldTypePrivate);
-  Bind(&comparationHoldProof, comparationItemHoldProof);
-  Bind(&comparationMailbox, comparationItemMailbox);
-  Bind(&comparationMailboxPassword, comparationItemMailboxPassword);
-  Bind(&comparationUserName, comparationItemUserName);
-  Bind(&comparationHoldEncryptKey, comparationItemHoldEncryptKey);
-  Bind(&comparationAutoJobName, comparationItemAutoJobName);
-  Bind(&comparationEnteredJobName, comparationItemEnteredJobName);
-  Bind(&comparationDelayTime, comparationItemDelayTime);
-}
-
-void PrintTypeInializeDescriptionTableFromFilter() {
-  PrintTypeInitializeCmdParaTable();
-  PrintTypeInitialzieComparationTable();
-}
+void PrintTypeInializeDescriptionTableFromFilter() { PrintTypeInitializeCmdParaTable(); }
 
 int PrintTypeGetTicketFromPDE(char* argv[]) {
   const TicketBinding* table =
@@ -196,7 +174,7 @@ int PrintTypeGetTicketFromPDE(char* argv[]) {
   return 1;
 }
 
-void PrintTypeOutputZPJLCommandFromFilter(char* argv[]) {
+void PrintTypeOutputZPJLCommandFromFilter(char* argv[], FILE* stream) {
   bool partial = false;
   ppd_file_t* ppd = JobPPD();
   if (ppd != nullptr) {
@@ -204,8 +182,8 @@ void PrintTypeOutputZPJLCommandFromFilter(char* argv[]) {
               CheckIfPPDKeywordSupported(ppd, "KRZPrintTypeSettings", "Default04") == 1;
   }
   if (partial) {
-    OutputZPJLCommandFromArray(argv, PrintTypeFmtPartTable, PrintTypeFmtPartTableNum);
+    OutputZPJLCommandFromArray(argv, PrintTypeFmtPartTable, PrintTypeFmtPartTableNum, stream);
   } else {
-    OutputZPJLCommandFromArray(argv, PrintTypeFmtTable, PrintTypeFmtTableNum);
+    OutputZPJLCommandFromArray(argv, PrintTypeFmtTable, PrintTypeFmtTableNum, stream);
   }
 }

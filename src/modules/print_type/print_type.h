@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 
 #include "engine/command.h"
 #include "ticket/ticket_access.h"
@@ -49,13 +50,13 @@ inline constexpr int32_t PrintTypeFmtPartTableNum = 7;
 extern const FormatEntry PrintTypeFmtTable[PrintTypeFmtTableNum];
 extern const FormatEntry PrintTypeFmtPartTable[PrintTypeFmtPartTableNum];
 
-// Binds the parameter tables, then the condition tables.
+// The tables are constants: checks that each parameter table holds its
+// static list and count.
 void PrintTypeInializeDescriptionTableFromFilter();
 void PrintTypeInitializeCmdParaTable();
-void PrintTypeInitialzieComparationTable();
 
 // Reads the ticket (argv[5]) into zpjlOptionPrintType. Returns 1.
 int PrintTypeGetTicketFromPDE(char* argv[]);
 
 // Writes the partial or the full table, chosen by the PPD.
-void PrintTypeOutputZPJLCommandFromFilter(char* argv[]);
+void PrintTypeOutputZPJLCommandFromFilter(char* argv[], FILE* stream);

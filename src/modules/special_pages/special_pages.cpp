@@ -84,12 +84,12 @@ struct Record {
   char text[kSPRecordSize];
 };
 
-void WriteAttribute(const char* attribute, const char* value) {
+void WriteAttribute(const char* attribute, const char* value, FILE* stream) {
   char line[kSPLineSize];
   char safe[kSPLineSize];
   FormatText(line, sizeof line, "@PJL SET JOBATTR=\"@%s=%s\"\n", attribute,
              CleanPJLCopy(safe, sizeof safe, value));
-  KZfputs(line, stdout);
+  KZfputs(line, stream);
 }
 
 // Reads `count` consecutive fields of `record` starting at `position`,
@@ -177,19 +177,19 @@ const char* SizeNumberFor(const std::vector<Field>& numbers, int32_t index) {
 
 // @EMCP, @EMCW, @EMCH, @EMCQ and, when the colour maps, @EMCC.
 void OutputMediaLines(const char* sizeNumber, const char* width, const char* height,
-                      const char* mediaType, const char* colourName, char* colour) {
+                      const char* mediaType, const char* colourName, char* colour, FILE* stream) {
   bool custom = std::strcmp(sizeNumber, CustomPapertyeSelectNumber) == 0;
-  WriteAttribute("EMCP", custom ? "CUSTOM" : "FORMALSIZE");
-  WriteAttribute("EMCW", width);
-  WriteAttribute("EMCH", height);
-  WriteAttribute("EMCQ", mediaType);
+  WriteAttribute("EMCP", custom ? "CUSTOM" : "FORMALSIZE", stream);
+  WriteAttribute("EMCW", width, stream);
+  WriteAttribute("EMCH", height, stream);
+  WriteAttribute("EMCQ", mediaType, stream);
   if (getSpecialPageZPJLValue(colourName, MediaColorZPJLComm, MediaColorZPJLCommValueCount, colour,
                               kSPFieldSize) == 0) {
-    WriteAttribute("EMCC", colour);
+    WriteAttribute("EMCC", colour, stream);
   }
 }
 
-void OutputCover(const Record& record, const char* sizeNumber, int32_t coverCount) {
+void OutputCover(const Record& record, const char* sizeNumber, int32_t coverCount, FILE* stream) {
   Field fields[3];  // front or back, media source, cover type
   int32_t position = ReadFields(record.text, 0, fields, 3);
   const char* side = fields[0].text;
@@ -200,48 +200,48 @@ void OutputCover(const Record& record, const char* sizeNumber, int32_t coverCoun
                               coverType.text, sizeof coverType.text) == 0;
   Field colour;
   if (std::strcmp(side, "0") == 0) {
-    if (typeMaps) WriteAttribute("EFCV", coverType.text);
-    OutputSPMediaSizeAndColor(mediaSource, position, record.text, sizeNumber, colour.text);
-    if (coverCount == 1) WriteAttribute("EBCV", "NONE");
+    if (typeMaps) WriteAttribute("EFCV", coverType.text, stream);
+    OutputSPMediaSizeAndColor(mediaSource, position, record.text, sizeNumber, colour.text, stream);
+    if (coverCount == 1) WriteAttribute("EBCV", "NONE", stream);
   } else if (std::strcmp(side, "1") == 0) {
-    if (coverCount == 1) WriteAttribute("EFCV", "NONE");
-    if (typeMaps) WriteAttribute("EBCV", coverType.text);
-    OutputSPMediaSizeAndColor(mediaSource, position, record.text, sizeNumber, colour.text);
+    if (coverCount == 1) WriteAttribute("EFCV", "NONE", stream);
+    if (typeMaps) WriteAttribute("EBCV", coverType.text, stream);
+    OutputSPMediaSizeAndColor(mediaSource, position, record.text, sizeNumber, colour.text, stream);
   }
 }
 
-void OutputInsertion(const Record& record, const char* sizeNumber) {
+void OutputInsertion(const Record& record, const char* sizeNumber, FILE* stream) {
   // media source, position, count; then colour, width, height, media type
   Field fields[7];
   int32_t position = ReadFields(record.text, 0, fields, 3);
   const char* mediaSource = fields[0].text;
-  WriteAttribute("EIST", fields[1].text);
+  WriteAttribute("EIST", fields[1].text, stream);
   if (std::strcmp(mediaSource, "0") == 0) {
-    WriteAttribute("EMCT", "TRAYT1");
+    WriteAttribute("EMCT", "TRAYT1", stream);
   } else if (std::strcmp(mediaSource, "1") == 0) {
     ReadFields(record.text, position, fields + 3, 4);
     Field colour;
     OutputMediaLines(sizeNumber, fields[4].text, fields[5].text, fields[6].text, fields[3].text,
-                     colour.text);
+                     colour.text, stream);
   }
-  WriteAttribute("EISC", fields[2].text);
+  WriteAttribute("EISC", fields[2].text, stream);
 }
 
-void OutputException(const Record& record, const char* sizeNumber) {
+void OutputException(const Record& record, const char* sizeNumber, FILE* stream) {
   // three unused fields, first page, last page, sides, media type, colour,
   // width, height
   Field fields[10];
   ReadFields(record.text, 0, fields, 10);
-  WriteAttribute("EOVS", fields[3].text);
+  WriteAttribute("EOVS", fields[3].text, stream);
   Field colour;
   OutputMediaLines(sizeNumber, fields[8].text, fields[9].text, fields[6].text, fields[7].text,
-                   colour.text);
+                   colour.text, stream);
   Field sides;
   if (getSpecialPageZPJLValue(fields[5].text, SidesZPJLComm, SidesZPJLCommValueCount, sides.text,
                               sizeof sides.text) == 0) {
-    WriteAttribute("EMDP", sides.text);
+    WriteAttribute("EMDP", sides.text, stream);
   }
-  WriteAttribute("EOVE", fields[4].text);
+  WriteAttribute("EOVE", fields[4].text, stream);
 }
 
 }  // namespace
@@ -272,16 +272,16 @@ int getSpecialPageZPJLValue(const char* name, const char* const* map, int32_t co
 }
 
 void OutputSPMediaSizeAndColor(const char* mediaSource, int32_t position, const char* record,
-                               const char* sizeNumber, char* colour) {
+                               const char* sizeNumber, char* colour, FILE* stream) {
   ZeroText(colour, kSPFieldSize);
   if (std::strcmp(mediaSource, "0") == 0) {
-    WriteAttribute("EMCT", "TRAYT1");
+    WriteAttribute("EMCT", "TRAYT1", stream);
   } else if (std::strcmp(mediaSource, "1") == 0) {
     if (position < 0 || static_cast<size_t>(position) > std::strlen(record)) position = 0;
     Field fields[4];  // media type, colour, width, height
     ReadFields(record, position, fields, 4);
     OutputMediaLines(sizeNumber, fields[2].text, fields[3].text, fields[0].text, fields[1].text,
-                     colour);
+                     colour, stream);
   }
 }
 
@@ -295,7 +295,7 @@ int SpecialPageGetTicketFromPDE(char* argv[]) {
   return GetTicketFromArray(argv, SpecialPageTicketData, SpecialPageTicketDataNum);
 }
 
-void OutputZPJLCommandForSpecialPage(char* argv[]) {
+void OutputZPJLCommandForSpecialPage(char* argv[], FILE* stream) {
   int32_t covers = std::max(psOptionSpecialPage.coverCount, 0);
   int32_t insertions = std::max(psOptionSpecialPage.insertionCount, 0);
   int32_t exceptions = std::max(psOptionSpecialPage.exceptionCount, 0);
@@ -311,20 +311,20 @@ void OutputZPJLCommandForSpecialPage(char* argv[]) {
   std::vector<Field> coverSizes = SizeNumbersOfKind(views, kKindCover, kCoverSizeNumberPosition);
   for (const Record& record :
        ReadPresentRecords(kSPZPCoverValueKey, covers, optionCount, options)) {
-    OutputCover(record, SizeNumberFor(coverSizes, record.index), covers);
+    OutputCover(record, SizeNumberFor(coverSizes, record.index), covers, stream);
   }
 
   std::vector<Field> insertionSizes =
       SizeNumbersOfKind(views, kKindInsertion, kInsertionSizeNumberPosition);
   for (const Record& record :
        ReadPresentRecords(kSPZPInsertionValueKey, insertions, optionCount, options)) {
-    OutputInsertion(record, SizeNumberFor(insertionSizes, record.index));
+    OutputInsertion(record, SizeNumberFor(insertionSizes, record.index), stream);
   }
 
   std::vector<Field> exceptionSizes =
       SizeNumbersOfKind(views, kKindException, kExceptionSizeNumberPosition);
   for (const Record& record :
        ReadPresentRecords(kSPZPExceptionValueKey, exceptions, optionCount, options)) {
-    OutputException(record, SizeNumberFor(exceptionSizes, record.index));
+    OutputException(record, SizeNumberFor(exceptionSizes, record.index), stream);
   }
 }

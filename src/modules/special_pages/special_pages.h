@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 
 #include "ticket/ticket_access.h"
 
@@ -60,8 +61,14 @@ int getSpecialPageZPJLValue(const char* name, const char* const* map, int32_t co
 // `position` (media type, colour, width, height). The mapped colour is left
 // in `colour` (kSPFieldSize bytes), empty when it does not map.
 void OutputSPMediaSizeAndColor(const char* mediaSource, int32_t position, const char* record,
-                               const char* sizeNumber, char* colour);
+                               const char* sizeNumber, char* colour, FILE* stream);
 
 void SpecialPageInializeDescriptionTable();
 int SpecialPageGetTicketFromPDE(char* argv[]);
-void OutputZPJLCommandForSpecialPage(char* argv[]);
+void OutputZPJLCommandForSpecialPage(char* argv[], FILE* stream);
+
+// The attributes of the special-pages lines.
+inline constexpr const char* SpecialPageAttributeNames[] = {
+    "EFCV", "EBCV", "EMCT", "EMCP", "EMCW", "EMCH", "EMCQ", "EMCC", "EIST", "EISC", "EOVS", "EMDP",
+    "EOVE",
+};

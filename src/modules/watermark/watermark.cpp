@@ -1,6 +1,7 @@
 #include "modules/watermark/watermark.h"
 
 #include <cstring>
+#include <string_view>
 
 #include "base/fixed_text.h"
 #include "base/job_text.h"
@@ -95,26 +96,31 @@ int SlotOfPoint(int32_t point) {
 const char* OpeningLine(int slot) {
   switch (slot) {
     case kSlotEndPage:
-      return "pgsave restore /pgsave save store gsave\n";
+      return kWatermarkOpeningLines[0];
     case kSlotEndPageAlt:
-      return "pm restore /pm save store gsave\n";
+      return kWatermarkOpeningLines[1];
     default:
-      return "krfpgsave restore /krfpgsave save store gsave\n";
+      return kWatermarkOpeningLines[2];
   }
+}
+
+void WriteLine(const char* line, FILE* stream) {
+  KZfprintf(stream, line);
+  KZfprintf(stream, "\n");
 }
 
 float Faded(float component, int32_t density) {
   return 1 - (1 - component) * (static_cast<float>(density) / 100);
 }
 
-// The lines that draw the text, after the opening line. They depend only on
-// the job's settings, the same at every page, so they are formatted once
-// (formatting the numbers was most of what a page cost) and again only if
-// the settings change.
+// The lines that draw the text, without the closing grestore. They depend
+// only on the job's settings, the same at every page, so they are formatted
+// once (formatting the numbers was most of what a page cost) and again only
+// if the settings change.
 const char* TextLines() {
   static WatermarkOptionRecord formattedFor;
   static bool formatted = false;
-  static char lines[5 * kWatermarkLineSize + sizeof "grestore\n"];
+  static char lines[5 * kWatermarkLineSize];
   const WatermarkOptionRecord& w = psOptionWatermark;
   if (formatted && std::memcmp(&formattedFor, &w, sizeof w) == 0) return lines;
 
@@ -123,42 +129,91 @@ const char* TextLines() {
   GetWatermarkPostion(&x, &y, w.hOffset, w.vOffset);
   char line[kWatermarkLineSize];
   ZeroText(lines, sizeof lines);
-  FormatText(line, sizeof line, "%.2f%c%.2f%c%.2f setrgbcolor\n",
+  FormatText(line, sizeof line, "%.2f%c%.2f%c%.2f %s\n",
              static_cast<double>(Faded(w.colorR, w.density)), ' ',
              static_cast<double>(Faded(w.colorG, w.density)), ' ',
-             static_cast<double>(Faded(w.colorB, w.density)));
+             static_cast<double>(Faded(w.colorB, w.density)), kWatermarkTextOperators[0]);
   AppendText(lines, sizeof lines, line);
   char font[sizeof w.font];
   PostScriptNameText(font, sizeof font, w.font);
-  FormatText(line, sizeof line, "/%s%c%d selectfont\n", font, ' ', w.fontSize);
+  FormatText(line, sizeof line, "/%s%c%d %s\n", font, ' ', w.fontSize,
+             kWatermarkTextOperators[1]);
   AppendText(lines, sizeof lines, line);
-  FormatText(line, sizeof line, "%.2f%c%.2f moveto\n", static_cast<double>(x), ' ',
-             static_cast<double>(y));
+  FormatText(line, sizeof line, "%.2f%c%.2f %s\n", static_cast<double>(x), ' ',
+             static_cast<double>(y), kWatermarkTextOperators[2]);
   AppendText(lines, sizeof lines, line);
-  FormatText(line, sizeof line, "%d rotate\n", w.angle);
+  FormatText(line, sizeof line, "%d %s\n", w.angle, kWatermarkTextOperators[3]);
   AppendText(lines, sizeof lines, line);
   char text[PostScriptStringSize(sizeof w.text)];
   PostScriptStringToken(text, sizeof text, w.text);
-  FormatText(line, sizeof line, "%s show\n", text);
+  FormatText(line, sizeof line, "%s %s\n", text, kWatermarkTextOperators[4]);
   AppendText(lines, sizeof lines, line);
-  AppendText(lines, sizeof lines, "grestore\n");
   formattedFor = w;
   formatted = true;
   return lines;
 }
 
 void DrawText(const char* opening, FILE* stream) {
-  KZfprintf(stream, opening);
+  WriteLine(opening, stream);
   KZfprintf(stream, TextLines());
+  WriteLine(kWatermarkCloseLine, stream);
+}
+
+// The page-device hook for jobs that end their pages some other way: an
+// EndPage procedure, installed once before the job's own code, draws the
+// text at every showpage of the sheet (reason 0), in the sheet's default
+// coordinates, then hands over to the EndPage it replaced. Its state lives in
+// global VM, so a page's restore does not undo the count of marked sheets or
+// the switch that turns it off. Each step is guarded: a printer without the
+// page device, or a bad font, loses the mark and never the job.
+void InstallPageHook(FILE* stream) {
+  const WatermarkOptionRecord& w = psOptionWatermark;
+  KZfprintf(stream, kWatermarkPageHookFirst);
+  KZfprintf(stream,
+            "\ncurrentglobal true setglobal/state 2 dict def setglobal"
+            " state/on true put state/sheets 0 put\n");
+  KZfprintf(stream, w.onlyFirst == 0 ? "/only false def" : "/only true def");
+  KZfprintf(stream,
+            "/prev currentpagedevice/EndPage get def\n"
+            "/draw{gsave initgraphics mark{\n");
+  // A text line cut at the line size would leave its string open and take
+  // the rest of the job into it: such a text is not drawn.
+  const std::string_view lines = TextLines();
+  constexpr std::string_view kShowEnd = " show\n";
+  if (lines.size() >= kShowEnd.size() && lines.substr(lines.size() - kShowEnd.size()) == kShowEnd) {
+    KZfprintf(stream, lines.data());
+  } else {
+    fprintf(stderr, "DEBUG: The watermark text is too long to be drawn.\n");
+  }
+  KZfprintf(stream,
+            "}stopped cleartomark grestore}bind def end\n"
+            "<</EndPage{userdict/krfWM get begin dup 0 eq state/on get and"
+            "{state/sheets get dup 0 eq only not or{draw}if 1 add state exch/sheets exch put}if"
+            "/prev load end exec}bind>>systemdict/setpagedevice get exec\n");
+  KZfprintf(stream, kWatermarkPageHookLast);
+  KZfprintf(stream, "\n");
+}
+
+// The job turned out to draw the text itself at its "ep"/"endp" lines.
+void RemovePageHook(FILE* stream) {
+  KZfprintf(stream, kWatermarkPageHookOff);
+  KZfprintf(stream, "\n");
 }
 
 }  // namespace
 
+bool WatermarkWantsPageHook() {
+  const WatermarkOptionRecord& w = psOptionWatermark;
+  return w.name[0] != '\0' && w.type == 0;
+}
+
 void WatermarkOutputPSCommandFromFilter(int32_t point, int32_t page, FILE* stream) {
   (void)page;
   WatermarkOptionRecord& w = psOptionWatermark;
-  if (w.name[0] == '\0' || w.type != 0) return;
+  if (!WatermarkWantsPageHook()) return;
   w.options = 1;
+  if (point == kPointPageHook) return InstallPageHook(stream);
+  if (point == kPointPageHookOff) return RemovePageHook(stream);
 
   int slot = SlotOfPoint(point);
   if (slot < 0) return;
@@ -169,12 +224,10 @@ void WatermarkOutputPSCommandFromFilter(int32_t point, int32_t page, FILE* strea
     case kSlotProlog:
       // The dictionary stays open on purpose: the page fragments find
       // krfpgsave and krfbp through it.
-      KZfprintf(stream, "userdict/krfInfo 2 dict dup begin\n");
-      KZfprintf(stream, "/krfpgsave 0 def\n");
-      KZfprintf(stream, "/krfbp{/krfpgsave save restore} bind def\n");
+      for (const char* line : kWatermarkPrologLines) WriteLine(line, stream);
       break;
     case kSlotPageSetup:
-      KZfprintf(stream, "krfbp\n");
+      WriteLine(kWatermarkPageSetupLine, stream);
       break;
     default:
       DrawText(OpeningLine(slot), stream);

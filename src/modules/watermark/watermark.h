@@ -14,6 +14,27 @@
 
 constexpr int32_t kWatermarkTextSize = 256;
 
+// The PostScript lines the module writes, without their line ends. The
+// inspector reads a job back by these same constants.
+inline constexpr const char* kWatermarkPrologLines[] = {
+    "userdict/krfInfo 2 dict dup begin",
+    "/krfpgsave 0 def",
+    "/krfbp{/krfpgsave save restore} bind def",
+};
+inline constexpr char kWatermarkPageSetupLine[] = "krfbp";
+// The line that opens a text block before "ep", before "endp", and at the
+// module's own save slot.
+inline constexpr const char* kWatermarkOpeningLines[] = {
+    "pgsave restore /pgsave save store gsave",
+    "pm restore /pm save store gsave",
+    "krfpgsave restore /krfpgsave save store gsave",
+};
+// The operators that end the text block's lines, in order: colour, font,
+// position, angle, text.
+inline constexpr const char* kWatermarkTextOperators[] = {"setrgbcolor", "selectfont", "moveto",
+                                                          "rotate", "show"};
+inline constexpr char kWatermarkCloseLine[] = "grestore";
+
 // The job's watermark settings, in ticket-table order. Numbers are -1 and
 // texts empty when the ticket lacks them.
 struct WatermarkOptionRecord {
@@ -54,6 +75,16 @@ constexpr size_t kWatermarkLineSize = 100;
 
 // Fills psOptionWatermark from the job ticket (argument 5).
 void WatermarkGetTicketFromPDE(char* argv[]);
+
+// The first and last lines of the page-device hook, and the line that turns
+// it off (what zpjl-inspect knows them by).
+inline constexpr char kWatermarkPageHookFirst[] = "mark{userdict/krfWM 4 dict put krfWM begin";
+inline constexpr char kWatermarkPageHookLast[] = "}stopped cleartomark";
+inline constexpr char kWatermarkPageHookOff[] = "userdict/krfWM known{krfWM/state get/on false put}if";
+
+// Whether the job has a text watermark, so that the pass-through must give
+// jobs that end their pages without "ep"/"endp" the page-device hook.
+bool WatermarkWantsPageHook();
 
 // Writes the watermark PostScript for injection point `point` to `stream`
 // through the output channel. `page` is not used.
