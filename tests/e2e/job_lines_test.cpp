@@ -352,6 +352,16 @@ TEST(JobLines, DeviceSettingsAndFinishing) {
       {"booklet, 2-up turns the sheet", nocomment, "number-up=2",
        Attr("NLPP=N2") + Attr("DIND=LANDSCAPE") + "-" + Attr("NLPP=1") + "-" +
            Attr("DIND=PORTRAIT")},
+      // Without number-up, the layout's rows times columns.
+      {"2-up from the layout", nocomment,
+       "com.apple.print.PrintSettings.PMLayoutRows..n.=1 "
+       "com.apple.print.PrintSettings.PMLayoutColumns..n.=2",
+       Attr("NLPP=N2") + Attr("DIND=LANDSCAPE") + "-" + Attr("NLPP=1") + "-" +
+           Attr("DIND=PORTRAIT")},
+      {"12-up from the layout", nocomment,
+       "com.apple.print.PrintSettings.PMLayoutRows..n.=3 "
+       "com.apple.print.PrintSettings.PMLayoutColumns..n.=4",
+       Attr("NLPP=N12") + "-" + Attr("NLPP=1")},
       {"booklet, 6-up turns the sheet too", nocomment, "number-up=6",
        Attr("NLPP=N6") + Attr("DIND=LANDSCAPE") + "-" + Attr("NLPP=1") + "-" +
            Attr("DIND=PORTRAIT")},
