@@ -77,6 +77,26 @@ install(FILES "${CMAKE_BINARY_DIR}/man/zpjl-inspect.1"
         DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
         PERMISSIONS ${_zpjl_data_mode})
 
+# The printer application, its manual page and its systemd unit.
+set(ZPJL_MAN_SPOOL "/var/spool/zpjl-printer-app")
+set(ZPJL_MAN_PSTOPS "/usr/${_zpjl_serverbin}/filter/pstops")
+zpjl_absolute_install_dir(ZPJL_APP_INSTALLED_PROGRAM "${CMAKE_INSTALL_BINDIR}/zpjl-printer-app")
+install(TARGETS zpjl-printer-app
+        RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}"
+        PERMISSIONS ${_zpjl_exec_mode})
+configure_file("${CMAKE_SOURCE_DIR}/man/zpjl-printer-app.8.in"
+               "${CMAKE_BINARY_DIR}/man/zpjl-printer-app.8" @ONLY)
+install(FILES "${CMAKE_BINARY_DIR}/man/zpjl-printer-app.8"
+        DESTINATION "${CMAKE_INSTALL_MANDIR}/man8"
+        PERMISSIONS ${_zpjl_data_mode})
+set(ZPJL_SYSTEMD_UNIT_DIR "lib/systemd/system" CACHE STRING
+    "Directory of the printer application's systemd unit (relative: under CMAKE_INSTALL_PREFIX)")
+configure_file("${CMAKE_SOURCE_DIR}/cmake/zpjl-printer-app.service.in"
+               "${CMAKE_BINARY_DIR}/zpjl-printer-app.service" @ONLY)
+install(FILES "${CMAKE_BINARY_DIR}/zpjl-printer-app.service"
+        DESTINATION "${ZPJL_SYSTEMD_UNIT_DIR}"
+        PERMISSIONS ${_zpjl_data_mode})
+
 file(GLOB ZPJL_SAMPLE_PPDS CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/ppd/*.ppd")
 install(FILES ${ZPJL_SAMPLE_PPDS}
         DESTINATION "${ZPJL_CUPS_MODEL_DIR}"
@@ -93,5 +113,6 @@ file(WRITE "${CMAKE_BINARY_DIR}/install-paths.txt"
      "bin_dir=${CMAKE_INSTALL_BINDIR}\n"
      "man1_dir=${CMAKE_INSTALL_MANDIR}/man1\n"
      "doc_dir=${CMAKE_INSTALL_DOCDIR}\n"
+     "unit_dir=${ZPJL_SYSTEMD_UNIT_DIR}\n"
      "flag=${ZPJL_JOBCOPY_FLAG}\n"
      "legacy_pattern=${ZPJL_LEGACY_JOBCOPY_PATTERN}\n")

@@ -13,7 +13,8 @@ set(CPACK_PACKAGE_DESCRIPTION
 ZPJL family take: secure and held print, job accounting, finishing, special
 pages, perfect binding and device settings, with watermarks and separator
 pages inserted into the PostScript. Sample PPDs for three printer profiles are
-installed into the CUPS model directory.")
+installed into the CUPS model directory. zpjl-printer-app presents the printers
+as IPP Everywhere printers (driverless printing from phones and desktops).")
 set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
 set(CPACK_STRIP_FILES ON)
 # The manual page names the installed paths: package what it names.
@@ -23,7 +24,9 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION "text")
 set(CPACK_DEBIAN_PACKAGE_PRIORITY "optional")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "cups-daemon, cups-filters")
+# pstops (cups-core-drivers) and pdftops (poppler-utils) for the printer
+# application's jobs.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "cups-daemon, cups-filters, cups-core-drivers, poppler-utils")
 set(CPACK_DEBIAN_PACKAGE_ENHANCES "cups")
 
 include(CPack)

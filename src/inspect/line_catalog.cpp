@@ -11,6 +11,7 @@
 #include "modules/accounting/accounting.h"
 #include "modules/device_settings/device_settings.h"
 #include "modules/features/features.h"
+#include "modules/job_comments/job_comments.h"
 #include "modules/perfect_binding/perfect_binding.h"
 #include "modules/print_type/print_type.h"
 #include "modules/special_pages/special_pages.h"
@@ -267,76 +268,30 @@ const ValueWordsRow kValueWords[] = {
 // clang-format on
 
 // ---- Lines written by code --------------------------------------------------
+// Their names come from the headers of the modules that write them.
 
-// clang-format off
-const std::vector<LineCatalog::NamedLine> kNamesWrittenByCode = {
-    {LineKind::kSet, "STRINGCODESET", LineGroup::kEnvelope},
-    {LineKind::kCommand, "JOB MODE", LineGroup::kEnvelope},
-    {LineKind::kCommand, "ENTER LANGUAGE", LineGroup::kEnvelope},
-    {LineKind::kJobAttr, "@PBRE", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@MSDA", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@PBTC", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@PBBP", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@PBTP", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@PBTW", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@PBTH", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@ISXO", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@ISXT", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@PBAW", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@PBAH", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@PBAT", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@PBAB", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@PBAF", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@PBAX", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@PBAY", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@PBAV", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@PBCP", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@PBCQ", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@PBCC", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@PBCT", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@PBCI", LineGroup::kPerfectBinding},
-    {LineKind::kJobAttr, "@DIND", LineGroup::kBooklet},
-    {LineKind::kJobAttr, "@DIBB", LineGroup::kBooklet},
-    {LineKind::kJobAttr, "@DIBK", LineGroup::kBooklet},
-    {LineKind::kSet, "ECONOMODE", LineGroup::kDeviceSettings},
-    {LineKind::kSet, "REDUCTIONRATE", LineGroup::kDeviceSettings},
-    {LineKind::kJobAttr, "@LWAD", LineGroup::kDeviceSettings},
-    {LineKind::kSet, "RENDERMODE", LineGroup::kDeviceSettings},
-    {LineKind::kJobAttr, "@EFCV", LineGroup::kSpecialPages},
-    {LineKind::kJobAttr, "@EBCV", LineGroup::kSpecialPages},
-    {LineKind::kJobAttr, "@EMCT", LineGroup::kSpecialPages},
-    {LineKind::kJobAttr, "@EMCP", LineGroup::kSpecialPages},
-    {LineKind::kJobAttr, "@EMCW", LineGroup::kSpecialPages},
-    {LineKind::kJobAttr, "@EMCH", LineGroup::kSpecialPages},
-    {LineKind::kJobAttr, "@EMCQ", LineGroup::kSpecialPages},
-    {LineKind::kJobAttr, "@EMCC", LineGroup::kSpecialPages},
-    {LineKind::kJobAttr, "@EIST", LineGroup::kSpecialPages},
-    {LineKind::kJobAttr, "@EISC", LineGroup::kSpecialPages},
-    {LineKind::kJobAttr, "@EOVS", LineGroup::kSpecialPages},
-    {LineKind::kJobAttr, "@EMDP", LineGroup::kSpecialPages},
-    {LineKind::kJobAttr, "@EOVE", LineGroup::kSpecialPages},
-    {LineKind::kComment, "VERSION", LineGroup::kJobInformation},
-    {LineKind::kComment, "BEGIN", LineGroup::kJobInformation},
-    {LineKind::kComment, "PDLTYPE", LineGroup::kJobInformation},
-    {LineKind::kComment, "JOBTYPE", LineGroup::kJobInformation},
-    {LineKind::kComment, "JOBCOPIES", LineGroup::kJobInformation},
-    {LineKind::kComment, "PAGECOPIES", LineGroup::kJobInformation},
-    {LineKind::kComment, "DUPLEXTYPE", LineGroup::kJobInformation},
-    {LineKind::kComment, "COLORMODE", LineGroup::kJobInformation},
-    {LineKind::kComment, "NUP", LineGroup::kJobInformation},
-    {LineKind::kComment, "STAPLE", LineGroup::kJobInformation},
-    {LineKind::kComment, "PUNCH", LineGroup::kJobInformation},
-    {LineKind::kComment, "BOOKLETTYPE", LineGroup::kJobInformation},
-    {LineKind::kComment, "ORIENTATION", LineGroup::kJobInformation},
-    {LineKind::kComment, "NUPEX", LineGroup::kJobInformation},
-    {LineKind::kComment, "SADDLESTAPLE", LineGroup::kJobInformation},
-    {LineKind::kComment, "STAPLEEX", LineGroup::kJobInformation},
-    {LineKind::kComment, "PUNCHEX", LineGroup::kJobInformation},
-    {LineKind::kComment, "MIXEDSIZETYPE", LineGroup::kJobInformation},
-    {LineKind::kComment, "CUD", LineGroup::kJobInformation},
-    {LineKind::kComment, "END", LineGroup::kJobInformation},
-};
-// clang-format on
+template <size_t N>
+void AddNames(std::vector<LineCatalog::NamedLine>* names, LineKind kind,
+              const char* const (&list)[N], LineGroup group) {
+  const char* prefix = kind == LineKind::kJobAttr ? "@" : "";
+  for (const char* name : list) names->push_back({kind, prefix + std::string(name), group});
+}
+
+std::vector<LineCatalog::NamedLine> CollectNamesWrittenByCode() {
+  std::vector<LineCatalog::NamedLine> names;
+  const char* const encoding[] = {kEncodingSettingName};
+  AddNames(&names, LineKind::kSet, encoding, LineGroup::kEnvelope);
+  AddNames(&names, LineKind::kCommand, EnvelopeCommandNames, LineGroup::kEnvelope);
+  AddNames(&names, LineKind::kJobAttr, PBindAttributeNames, LineGroup::kPerfectBinding);
+  AddNames(&names, LineKind::kJobAttr, BookletAttributeNames, LineGroup::kBooklet);
+  AddNames(&names, LineKind::kSet, DeviceSettingsSetNames, LineGroup::kDeviceSettings);
+  AddNames(&names, LineKind::kJobAttr, DeviceSettingsAttributeNames, LineGroup::kDeviceSettings);
+  AddNames(&names, LineKind::kJobAttr, SpecialPageAttributeNames, LineGroup::kSpecialPages);
+  AddNames(&names, LineKind::kComment, CommentItemNames, LineGroup::kJobInformation);
+  return names;
+}
+
+const std::vector<LineCatalog::NamedLine> kNamesWrittenByCode = CollectNamesWrittenByCode();
 
 // The insertion mode's own lines for the output-mode feature.
 struct FixedInsertionLine {
@@ -344,10 +299,10 @@ struct FixedInsertionLine {
   const char* source;
 };
 const FixedInsertionLine kResolutionLines[] = {
-    {"@PJL SET RESOLUTION=600\n", "*KROutputMode 600x600"},
-    {"@PJL SET RESOLUTION=1200\n", "*KROutputMode 1200x1200"},
-    {"@PJL SET BITSPERPIXEL=1\n", "*KROutputMode 600x600 or 1200x1200"},
-    {"@PJL SET JOBATTR=\"@DRDM=RASTER\"\n", "*KROutputMode 600x600 or 1200x1200"},
+    {kResolution600Line, "*KROutputMode 600x600"},
+    {kResolution1200Line, "*KROutputMode 1200x1200"},
+    {kRasterLines[0], "*KROutputMode 600x600 or 1200x1200"},
+    {kRasterLines[1], "*KROutputMode 600x600 or 1200x1200"},
 };
 
 // ---- Table rows, expanded -------------------------------------------------
@@ -632,7 +587,7 @@ LineClass LineCatalog::ClassifyHeaderLine(std::string_view bytes) const {
   for (const NamedLine& named : kNamesWrittenByCode) {
     if (named.kind != line.kind || line.name != named.name) continue;
     result.group = named.group;
-    result.expectedEnding = named.name == std::string("JOB MODE") ? "CR LF" : "LF";
+    result.expectedEnding = named.name == kJobModeCommandName ? "CR LF" : "LF";
     result.exactRow = line.wellFormed && EndingOf(bytes) == result.expectedEnding &&
                       (line.kind != LineKind::kSet || !line.quoted);
     return result;

@@ -110,7 +110,7 @@ class LineCatalog {
   const std::vector<LineTemplate>& insertionLines() const { return insertion_; }
   struct NamedLine {
     LineKind kind;
-    const char* name;
+    std::string name;
     LineGroup group;
   };
   static const std::vector<NamedLine>& NamesWrittenByCode();

@@ -7,8 +7,6 @@
 #include "modules/features/features.h"
 #include "modules/watermark/watermark.h"
 
-#include "modules/watermark/watermark.h"
-
 namespace {
 
 struct Line {

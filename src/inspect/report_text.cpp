@@ -2,6 +2,7 @@
 
 #include "inspect/report_output.h"
 #include "inspect/text_display.h"
+#include "job/job_header.h"
 
 namespace {
 
@@ -114,7 +115,7 @@ void AppendLines(std::string* out, const std::vector<HeaderLine>& lines, bool ut
   bool first = true;
   for (const HeaderLine& line : lines) {
     // The envelope section shows the language switch.
-    if (line.parsed.name == "ENTER LANGUAGE") continue;
+    if (line.parsed.name == kEnterLanguageCommandName) continue;
     const LineGroup group = line.meaning.group;
     if ((first || group != current) && group != LineGroup::kInsertion) {
       std::string title = "  " + std::string(GroupTitle(group));
@@ -178,7 +179,9 @@ std::string RenderText(const StreamReport& report, const ReportSettings& setting
          (report.Malformed() ? "envelope MALFORMED" : "well-formed") + "\n\n";
   AppendEnvelope(&out, report);
   size_t headerLines = 0;
-  for (const HeaderLine& line : report.header) headerLines += line.parsed.name != "ENTER LANGUAGE";
+  for (const HeaderLine& line : report.header) {
+    headerLines += line.parsed.name != kEnterLanguageCommandName;
+  }
   out += "\nHeader: " + std::to_string(headerLines) + (headerLines == 1 ? " line" : " lines");
   const int sealed = report.SealedFields();
   if (sealed > 0) out += ", " + std::to_string(sealed) + " sealed";

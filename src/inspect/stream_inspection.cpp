@@ -3,6 +3,9 @@
 #include <algorithm>
 
 #include "inspect/text_display.h"
+#include "job/job_header.h"
+#include "modules/device_settings/device_settings.h"
+#include "modules/job_comments/job_comments.h"
 
 namespace {
 
@@ -160,14 +163,14 @@ void Inspector::CheckEnvelopeLines() {
   for (size_t i = 0; i < report_.header.size(); ++i) {
     HeaderLine& line = report_.header[i];
     const std::string whole = Whole(line);
-    if (line.parsed.kind == LineKind::kSet && line.parsed.name == "STRINGCODESET") {
+    if (line.parsed.kind == LineKind::kSet && line.parsed.name == kEncodingSettingName) {
       if (report_.encodingLine) continue;
       report_.encodingLine = i;
       report_.utf8 = true;
       if (whole != encoding)
         Note(LineName(line) + ": the encoding line is not \"" + Visible(encoding) + "\"");
       if (i != 0) Note(LineName(line) + ": the encoding line is not the first line of the header");
-    } else if (line.parsed.kind == LineKind::kCommand && line.parsed.name == "JOB MODE") {
+    } else if (line.parsed.kind == LineKind::kCommand && line.parsed.name == kJobModeCommandName) {
       if (report_.jobModeLine) continue;
       report_.jobModeLine = i;
       if (whole != jobMode) {
@@ -198,9 +201,10 @@ void Inspector::SplitOffInsertion() {
     }
     const LineClass header = catalog_.ClassifyHeaderLine(whole);
     const bool derivable = catalog_.ClassifyInsertionLine(whole).group == LineGroup::kInsertion;
-    if (derivable && line.parsed.name == "ECONOMODE") {
+    if (derivable && line.parsed.name == kTonerSaverSettingName) {
       // The header's toner-saver line is always followed by the reduction rate.
-      const bool rateFollows = i + 1 < end && report_.header[i + 1].parsed.name == "REDUCTIONRATE";
+      const bool rateFollows =
+          i + 1 < end && report_.header[i + 1].parsed.name == kReductionRateSettingName;
       if (!rateFollows || stage > Rank(LineGroup::kDeviceSettings)) {
         start = i;
         break;
@@ -258,7 +262,7 @@ void Inspector::CheckOrderAndBlocks() {
   std::vector<const HeaderLine*> block;
   for (const HeaderLine& line : report_.header) {
     const LineGroup group = line.meaning.group;
-    if (group == LineGroup::kUnknown || line.parsed.name == "ENTER LANGUAGE") continue;
+    if (group == LineGroup::kUnknown || line.parsed.name == kEnterLanguageCommandName) continue;
     if (group == LineGroup::kJobInformation) block.push_back(&line);
     if (Rank(group) < stage) {
       Note(LineName(line) + ": a " + GroupTitle(group) + " line after the " + GroupTitle(last) +
@@ -270,7 +274,7 @@ void Inspector::CheckOrderAndBlocks() {
   }
   if (block.empty()) return;
   const HeaderLine& first = *block.front();
-  if (first.parsed.name == "VERSION") {
+  if (first.parsed.name == kCommentVersionItem) {
     report_.jobInformationVersion = first.parsed.value;
   } else {
     Note(LineName(first) + ": the job information block does not start with its version line");
@@ -278,7 +282,9 @@ void Inspector::CheckOrderAndBlocks() {
   if (block.size() < 2 || block[1]->parsed.name != "BEGIN") {
     Note("the job information block has no BEGIN line after its version line");
   }
-  if (block.back()->parsed.name != "END") Note("the job information block has no END line");
+  if (block.back()->parsed.name != kCommentEndItem) {
+    Note("the job information block has no END line");
+  }
 }
 
 void Inspector::ReadTrailer() {

@@ -90,9 +90,8 @@ void OutputPJLForFeatureLine(FeatureScanState& state, const char* line, size_t l
   }
 
   if (state.resolutionPending && (state.resolution == 600 || state.resolution == 1200)) {
-    WriteOut(state.resolution == 600 ? "@PJL SET RESOLUTION=600\n" : "@PJL SET RESOLUTION=1200\n");
-    WriteOut("@PJL SET BITSPERPIXEL=1\n");
-    WriteOut("@PJL SET JOBATTR=\"@DRDM=RASTER\"\n");
+    WriteOut(state.resolution == 600 ? kResolution600Line : kResolution1200Line);
+    for (const char* line : kRasterLines) WriteOut(line);
     state.resolutionPending = false;
   }
 

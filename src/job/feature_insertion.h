@@ -27,6 +27,13 @@ void OutputPJLForFeatureLine(FeatureScanState& state, const char* line, size_t l
 // characters before its separator. Other lines write nothing.
 void OutputPJLForScreenLine(const char* line, size_t length);
 
+// The lines an output mode of 600x600 or 1200x1200 gives, in their order:
+// the resolution, then the two raster lines.
+inline constexpr char kResolution600Line[] = "@PJL SET RESOLUTION=600\n";
+inline constexpr char kResolution1200Line[] = "@PJL SET RESOLUTION=1200\n";
+inline constexpr const char* kRasterLines[] = {"@PJL SET BITSPERPIXEL=1\n",
+                                               "@PJL SET JOBATTR=\"@DRDM=RASTER\"\n"};
+
 // The screen/tone-curve and further attribute names, each list ended by "".
 extern const char* const TRCSCRCommand[];
 extern const char* const CPRCommand[];

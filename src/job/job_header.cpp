@@ -49,7 +49,7 @@ void OutputZPJLCommandLanguageEncodingForKQM4T2A(FILE* stream) {
   ZeroText(line, sizeof line);
   ppd_file_t* ppd = JobPPD();
   if (PPDAttrEquals(ppd, "KRPrinterLanguageEncoding", "UTF-8")) {
-    FormatText(line, sizeof line, "@PJL SET STRINGCODESET=%s\n", "UTF8");
+    FormatText(line, sizeof line, "@PJL SET %s=%s\n", kEncodingSettingName, "UTF8");
   }
   KZfprintf(stream, line);
 }

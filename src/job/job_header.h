@@ -30,6 +30,14 @@ void BindFrameTables();
 // "@PJL SET STRINGCODESET=UTF8\n" when the PPD declares UTF-8, else nothing.
 void OutputZPJLCommandLanguageEncodingForKQM4T2A(FILE* stream);
 
+// The names of the envelope's lines: its one setting and its two commands
+// ("@PJL <command>=...").
+inline constexpr char kEncodingSettingName[] = "STRINGCODESET";
+inline constexpr char kJobModeCommandName[] = "JOB MODE";
+inline constexpr char kEnterLanguageCommandName[] = "ENTER LANGUAGE";
+inline constexpr const char* EnvelopeCommandNames[] = {kJobModeCommandName,
+                                                       kEnterLanguageCommandName};
+
 // The whole job header, from the universal exit language to the language
 // switch, to `stream` through the output channel; without a stream, to
 // standard output.

@@ -1,15 +1,16 @@
 #include "platform/crypto.h"
 
+#include <mbedtls/aes.h>
 #include <mbedtls/asn1.h>
 #include <mbedtls/base64.h>
-#include <mbedtls/cipher.h>
 #include <mbedtls/md.h>
-#include <mbedtls/pk.h>
+#include <mbedtls/oid.h>
 #include <mbedtls/platform_util.h>
 #include <mbedtls/rsa.h>
 
 #include <sys/random.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstring>
@@ -38,12 +39,51 @@ int FillRandom(void*, unsigned char* out, size_t length) {
   return 0;
 }
 
+// The RSA public key in a DER SubjectPublicKeyInfo, read with the ASN.1
+// parser alone: the library's generic key parser would link in every other
+// key type it knows, and the filter is loaded once per job. Returns 0 or a
+// library error code; *notRsa tells a well-formed key of another type.
+int ReadRsaPublicKey(const uint8_t* der, size_t length, mbedtls_rsa_context* rsa, bool* notRsa) {
+  auto* cursor = const_cast<unsigned char*>(der);
+  const unsigned char* end = der + length;
+  const auto kSequence = MBEDTLS_ASN1_CONSTRUCTED | MBEDTLS_ASN1_SEQUENCE;
+  size_t inner = 0;
+  int status = mbedtls_asn1_get_tag(&cursor, end, &inner, kSequence);
+  if (status == 0 && cursor + inner != end) return MBEDTLS_ERR_ASN1_LENGTH_MISMATCH;
+  mbedtls_asn1_buf algorithm;
+  if (status == 0) status = mbedtls_asn1_get_alg_null(&cursor, end, &algorithm);
+  if (status != 0) return status;
+  static const char kRsaOid[] = MBEDTLS_OID_PKCS1_RSA;
+  if (algorithm.len != sizeof kRsaOid - 1 || memcmp(algorithm.p, kRsaOid, algorithm.len) != 0) {
+    *notRsa = true;
+    return MBEDTLS_ERR_ASN1_UNEXPECTED_TAG;
+  }
+  // subjectPublicKey: a BIT STRING holding RSAPublicKey ::= SEQUENCE {
+  // modulus INTEGER, publicExponent INTEGER }, nothing after either.
+  status = mbedtls_asn1_get_bitstring_null(&cursor, end, &inner);
+  if (status == 0 && cursor + inner != end) return MBEDTLS_ERR_ASN1_LENGTH_MISMATCH;
+  if (status == 0) status = mbedtls_asn1_get_tag(&cursor, end, &inner, kSequence);
+  if (status == 0 && cursor + inner != end) return MBEDTLS_ERR_ASN1_LENGTH_MISMATCH;
+  size_t modulusLength = 0, exponentLength = 0;
+  if (status == 0) status = mbedtls_asn1_get_tag(&cursor, end, &modulusLength, MBEDTLS_ASN1_INTEGER);
+  const unsigned char* modulus = cursor;
+  if (status == 0) cursor += modulusLength;
+  if (status == 0) status = mbedtls_asn1_get_tag(&cursor, end, &exponentLength, MBEDTLS_ASN1_INTEGER);
+  if (status == 0 && cursor + exponentLength != end) return MBEDTLS_ERR_ASN1_LENGTH_MISMATCH;
+  if (status == 0)
+    status = mbedtls_rsa_import_raw(rsa, modulus, modulusLength, nullptr, 0, nullptr, 0, nullptr, 0,
+                                    cursor, exponentLength);
+  if (status == 0) status = mbedtls_rsa_complete(rsa);
+  if (status == 0) status = mbedtls_rsa_check_pubkey(rsa);
+  return status;
+}
+
 // The RSA public key of the last DER text given, kept parsed: a job seals
 // several passwords for the same printer key.
 class PublicKeyCache {
  public:
-  PublicKeyCache() { mbedtls_pk_init(&key_); }
-  ~PublicKeyCache() { mbedtls_pk_free(&key_); }
+  PublicKeyCache() { Reset(); }
+  ~PublicKeyCache() { mbedtls_rsa_free(&key_); }
   PublicKeyCache(const PublicKeyCache&) = delete;
   PublicKeyCache& operator=(const PublicKeyCache&) = delete;
 
@@ -51,48 +91,72 @@ class PublicKeyCache {
   // `der` is not one DER SubjectPublicKeyInfo of an RSA key.
   mbedtls_rsa_context* Get(const uint8_t* der, size_t length, CryptoError* error) {
     if (!der_.empty() && der_.size() == length && memcmp(der_.data(), der, length) == 0)
-      return mbedtls_pk_rsa(key_);
+      return &key_;
     der_.clear();
-    mbedtls_pk_free(&key_);
-    mbedtls_pk_init(&key_);
-    // The library reads one SubjectPublicKeyInfo from the front of the data;
-    // the outer element must cover it all.
-    auto* cursor = const_cast<unsigned char*>(der);
-    size_t inner = 0;
-    int status = mbedtls_asn1_get_tag(&cursor, der + length, &inner,
-                                      MBEDTLS_ASN1_CONSTRUCTED | MBEDTLS_ASN1_SEQUENCE);
-    if (status == 0 && cursor + inner != der + length) status = MBEDTLS_ERR_ASN1_LENGTH_MISMATCH;
-    if (status == 0) status = mbedtls_pk_parse_public_key(&key_, der, length);
+    mbedtls_rsa_free(&key_);
+    Reset();
+    bool notRsa = false;
+    const int status = ReadRsaPublicKey(der, length, &key_, &notRsa);
+    if (notRsa) {
+      SetError(error, kCryptoInvalidParameter, "the key is not an RSA key");
+      return nullptr;
+    }
     if (status != 0) {
       SetError(error, -status, "the key data is not one DER SubjectPublicKeyInfo");
       return nullptr;
     }
-    if (mbedtls_pk_get_type(&key_) != MBEDTLS_PK_RSA) {
-      SetError(error, kCryptoInvalidParameter, "the key is not an RSA key");
-      return nullptr;
-    }
-    mbedtls_rsa_context* rsa = mbedtls_pk_rsa(key_);
-    mbedtls_rsa_set_padding(rsa, MBEDTLS_RSA_PKCS_V21, MBEDTLS_MD_SHA256);
     der_.assign(der, der + length);
-    return rsa;
+    return &key_;
   }
 
  private:
+  void Reset() { mbedtls_rsa_init(&key_, MBEDTLS_RSA_PKCS_V21, MBEDTLS_MD_SHA256); }
+
   std::vector<uint8_t> der_;
-  mbedtls_pk_context key_;
+  mbedtls_rsa_context key_;
 };
 
-mbedtls_cipher_type_t AesCbcForKeyLength(size_t keyLength) {
-  switch (keyLength) {
-    case 16:
-      return MBEDTLS_CIPHER_AES_128_CBC;
-    case 24:
-      return MBEDTLS_CIPHER_AES_192_CBC;
-    case 32:
-      return MBEDTLS_CIPHER_AES_256_CBC;
-    default:
-      return MBEDTLS_CIPHER_NONE;
+bool IsAesKeyLength(size_t keyLength) {
+  return keyLength == 16 || keyLength == 24 || keyLength == 32;
+}
+
+// Sets *textLength to the length of the text a PKCS#7-padded plaintext of
+// `length` bytes holds; false when its padding does not verify. Every
+// padding byte is looked at.
+bool StripPadding(const uint8_t* plain, size_t length, size_t* textLength) {
+  if (length == 0) return false;
+  const uint8_t pad = plain[length - 1];
+  if (pad == 0 || pad > kAesBlockLength) return false;
+  uint8_t differ = 0;
+  for (size_t i = length - pad; i < length; ++i) differ |= plain[i] ^ pad;
+  *textLength = length - pad;
+  return differ == 0;
+}
+
+// CBC over whole blocks of `work` in place; encryption first pads the
+// `inLength` bytes there. Sets *produced to the bytes of the result; false
+// when the library fails or a decrypted padding does not verify.
+bool CbcInPlace(bool encrypt, const uint8_t* key, size_t keyLength, const uint8_t* iv,
+                std::vector<uint8_t>* work, size_t inLength, size_t* produced) {
+  size_t length = inLength;
+  if (encrypt) {
+    const size_t pad = kAesBlockLength - inLength % kAesBlockLength;
+    length = inLength + pad;
+    std::fill(work->begin() + inLength, work->begin() + length, static_cast<uint8_t>(pad));
   }
+  uint8_t chain[kAesBlockLength] = {};
+  if (iv != nullptr) memcpy(chain, iv, sizeof chain);
+  mbedtls_aes_context aes;
+  mbedtls_aes_init(&aes);
+  const auto bits = static_cast<unsigned>(keyLength * 8);
+  int status = encrypt ? mbedtls_aes_setkey_enc(&aes, key, bits) : mbedtls_aes_setkey_dec(&aes, key, bits);
+  if (status == 0)
+    status = mbedtls_aes_crypt_cbc(&aes, encrypt ? MBEDTLS_AES_ENCRYPT : MBEDTLS_AES_DECRYPT,
+                                   length, chain, work->data(), work->data());
+  mbedtls_aes_free(&aes);
+  if (status != 0) return false;
+  *produced = length;
+  return encrypt || StripPadding(work->data(), length, produced);
 }
 
 int32_t AesCbc(bool encrypt, const uint8_t* key, size_t keyLength, const uint8_t* iv,
@@ -100,36 +164,17 @@ int32_t AesCbc(bool encrypt, const uint8_t* key, size_t keyLength, const uint8_t
   if (key == nullptr || outLength == nullptr || (in == nullptr && inLength != 0) ||
       inLength > kMaxLibraryLength)
     return kCipherParamError;
-  const mbedtls_cipher_type_t type = AesCbcForKeyLength(keyLength);
-  if (type == MBEDTLS_CIPHER_NONE) return kCipherKeySizeError;
+  if (!IsAesKeyLength(keyLength)) return kCipherKeySizeError;
   if (!encrypt && inLength % kAesBlockLength != 0) return kCipherAlignmentError;
   const size_t needed = encrypt ? (inLength / kAesBlockLength + 1) * kAesBlockLength : inLength;
   if (out == nullptr || outCapacity < needed) return kCipherBufferTooSmall;
-
-  mbedtls_cipher_context_t cipher;
-  mbedtls_cipher_init(&cipher);
-  static const uint8_t kZeroIv[kAesBlockLength] = {};
-  static const uint8_t kNothing = 0;
-  if (mbedtls_cipher_setup(&cipher, mbedtls_cipher_info_from_type(type)) != 0 ||
-      mbedtls_cipher_setkey(&cipher, key, static_cast<int>(keyLength * 8),
-                            encrypt ? MBEDTLS_ENCRYPT : MBEDTLS_DECRYPT) != 0 ||
-      mbedtls_cipher_set_padding_mode(&cipher, MBEDTLS_PADDING_PKCS7) != 0) {
-    mbedtls_cipher_free(&cipher);
-    return kCipherParamError;
-  }
-  // The library may write a block beyond the input before it settles; work
-  // in a private buffer so `out` only ever receives the finished result.
-  std::vector<uint8_t> work(inLength + 2 * kAesBlockLength);
+  // Work in a private buffer so `out` only ever receives the finished result.
+  std::vector<uint8_t> work(needed);
+  if (inLength != 0) memcpy(work.data(), in, inLength);
   size_t produced = 0;
-  const int done = mbedtls_cipher_crypt(
-      &cipher, iv != nullptr ? iv : kZeroIv, kAesBlockLength,
-      inLength != 0 ? static_cast<const uint8_t*>(in) : &kNothing, inLength, work.data(), &produced);
-  mbedtls_cipher_free(&cipher);
   int32_t status = kCipherSuccess;
-  if (done != 0) {
+  if (!CbcInPlace(encrypt, key, keyLength, iv, &work, inLength, &produced)) {
     status = encrypt ? kCipherParamError : kCipherDecodeError;
-  } else if (produced > outCapacity) {
-    status = kCipherBufferTooSmall;
   } else {
     if (produced != 0) memcpy(out, work.data(), produced);
     *outLength = produced;

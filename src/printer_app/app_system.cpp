@@ -64,7 +64,12 @@ std::string& StateFile() {
 void Wipe(ipp_attribute_t* attr) {
   int length = 0;
   const void* data = ippGetOctetString(attr, 0, &length);
-  if (data != nullptr && length > 0) CryptoCleanse(const_cast<void*>(data), static_cast<size_t>(length));
+  if (ippGetValueTag(attr) != IPP_TAG_STRING) {
+    data = ippGetString(attr, 0, nullptr);
+    length = data != nullptr ? static_cast<int>(strlen(static_cast<const char*>(data))) : 0;
+  }
+  if (data != nullptr && length > 0)
+    CryptoCleanse(const_cast<void*>(data), static_cast<size_t>(length));
 }
 
 }  // namespace
@@ -186,8 +191,13 @@ bool CaptureJobPassword(ipp_t* request, std::string& sealed) {
   if (password == nullptr) return true;
   ipp_attribute_t* encryption = ippFindAttribute(request, "job-password-encryption", IPP_TAG_ZERO);
   const char* method = encryption != nullptr ? ippGetString(encryption, 0, nullptr) : nullptr;
+  // octetString in IPP; text where a client's command line encoded it.
   int length = 0;
   const void* bytes = ippGetOctetString(password, 0, &length);
+  if (ippGetValueTag(password) != IPP_TAG_STRING) {
+    bytes = ippGetString(password, 0, nullptr);
+    length = bytes != nullptr ? static_cast<int>(strlen(static_cast<const char*>(bytes))) : 0;
+  }
   const bool usable = method != nullptr && !strcmp(method, "none") && bytes != nullptr &&
                       length > 0 && static_cast<size_t>(length) <= kMaxJobPasswordLength;
   if (usable)

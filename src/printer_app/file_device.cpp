@@ -93,9 +93,38 @@ ssize_t WriteFile(pappl_device_t* device, const void* buffer, size_t bytes) {
 
 pappl_preason_t FileStatus(pappl_device_t*) { return PAPPL_PREASON_NONE; }
 
+// socket://host:port, AppSocket: the stream over one TCP connection per
+// job (port 9100 when none is given).
+bool OpenSocket(pappl_device_t* device, const char* uri, const char*) {
+  char scheme[32], userpass[256], host[256], resource[1024];
+  int port = 0;
+  if (httpSeparateURI(HTTP_URI_CODING_ALL, uri, scheme, sizeof scheme, userpass, sizeof userpass,
+                      host, sizeof host, &port, resource, sizeof resource) < HTTP_URI_STATUS_OK) {
+    papplDeviceError(device, "Bad device URI \"%s\".", uri);
+    return false;
+  }
+  http_addrlist_t* addresses =
+      httpAddrGetList(host, AF_UNSPEC, std::to_string(port > 0 ? port : 9100).c_str());
+  int fd = -1;
+  http_addrlist_t* connected =
+      addresses != nullptr ? httpAddrConnect2(addresses, &fd, 30000, nullptr) : nullptr;
+  httpAddrFreeList(addresses);
+  if (connected == nullptr || fd < 0) {
+    papplDeviceError(device, "Unable to connect to %s:%d.", host, port);
+    return false;
+  }
+  papplDeviceSetData(device, new JobFile{fd, "", true});
+  return true;
+}
+
 }  // namespace
 
 void RegisterFileDevice() {
+  // The first scheme added keeps PAPPL from adding its own, whose file:
+  // device names the output after the job and overwrites it; so socket:
+  // comes from here too.
   papplDeviceAddScheme("file", PAPPL_DEVTYPE_FILE, nullptr, OpenFile, CloseFile, ReadFile,
+                       WriteFile, FileStatus, nullptr);
+  papplDeviceAddScheme("socket", PAPPL_DEVTYPE_SOCKET, nullptr, OpenSocket, CloseFile, ReadFile,
                        WriteFile, FileStatus, nullptr);
 }

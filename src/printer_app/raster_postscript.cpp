@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <climits>
+#include <map>
+#include <mutex>
 #include <cstdio>
 #include <string>
 
@@ -68,7 +70,28 @@ struct RasterJob {
   Ascii85Writer* text = nullptr;
 };
 
-RasterJob* JobState(pappl_job_t* job) { return static_cast<RasterJob*>(papplJobGetData(job)); }
+// The jobs being rendered. Not PAPPL's job data pointer: PAPPL's own image
+// filters keep theirs there.
+std::mutex rasterJobsMutex;
+std::map<pappl_job_t*, RasterJob*>& RasterJobs() {
+  static std::map<pappl_job_t*, RasterJob*> jobs;
+  return jobs;
+}
+
+RasterJob* JobState(pappl_job_t* job) {
+  std::lock_guard<std::mutex> lock(rasterJobsMutex);
+  auto found = RasterJobs().find(job);
+  return found != RasterJobs().end() ? found->second : nullptr;
+}
+
+void SetJobState(pappl_job_t* job, RasterJob* state) {
+  std::lock_guard<std::mutex> lock(rasterJobsMutex);
+  if (state != nullptr) {
+    RasterJobs()[job] = state;
+  } else {
+    RasterJobs().erase(job);
+  }
+}
 
 // One raster line in PostScript's run-length code: runs of a repeated
 // byte as (257 - count, byte), other bytes as (count - 1, bytes...).
@@ -100,14 +123,15 @@ void Discard(pappl_job_t* job, RasterJob* state) {
   if (!state->path.empty()) unlink(state->path.c_str());
   delete state->text;
   delete state;
-  papplJobSetData(job, nullptr);
+  SetJobState(job, nullptr);
 }
 
 }  // namespace
 
 bool StartRasterJob(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*) {
+  Discard(job, JobState(job));
   auto* state = new RasterJob;
-  papplJobSetData(job, state);
+  SetJobState(job, state);
   char path[1024];
   const int fd = papplJobOpenFile(job, path, sizeof path, nullptr, "ps", "w");
   if (fd < 0 || (state->out = fdopen(fd, "w")) == nullptr) {

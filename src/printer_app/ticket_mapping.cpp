@@ -163,6 +163,14 @@ void ApplyWatermark(const JobRequest& job, const PrinterProfile&, FilterArgument
   SetKey(out, "WMARKvOffsetTicket", "0");
 }
 
+// One row of the mapping: an IPP attribute, the ticket keys it sets (as the
+// README and the manual page list them) and how.
+struct TicketRule {
+  const char* ippAttribute;
+  const char* ticketKeys;
+  void (*apply)(const JobRequest& job, const PrinterProfile& printer, FilterArguments& out);
+};
+
 const std::vector<TicketRule> kTicketRules = {
     {"requesting-user-name", "argument 2 (user)", ApplyUser},
     {"job-name", "argument 3 (title)", ApplyJobName},
@@ -178,8 +186,6 @@ const std::vector<TicketRule> kTicketRules = {
 };
 
 }  // namespace
-
-const std::vector<TicketRule>& TicketRules() { return kTicketRules; }
 
 FilterArguments MapJobToTicket(const JobRequest& job, const PrinterProfile& printer) {
   FilterArguments out;

@@ -50,15 +50,7 @@ struct FilterArguments {
   TicketOptions layoutOptions;  // the standard and PPD options only, for pstops
 };
 
-// One row of the mapping: an IPP attribute and what it sets.
-struct TicketRule {
-  const char* ippAttribute;
-  const char* ticketKeys;  // for the documentation
-  void (*apply)(const JobRequest& job, const PrinterProfile& printer, FilterArguments& out);
-};
-
-const std::vector<TicketRule>& TicketRules();
-
+// The filter arguments for a job, by the one mapping table.
 FilterArguments MapJobToTicket(const JobRequest& job, const PrinterProfile& printer);
 
 // The CUPS option string (argument 5) for the options, readable by

@@ -48,7 +48,11 @@ class InstallTest(unittest.TestCase):
                  os.path.join(share, "man", "man8", "pstozpjl.8"): 0o644,
                  os.path.join(prefix.lstrip("/"), "bin", "zpjl-inspect"): 0o755,
                  os.path.join(share, "man", "man1", "zpjl-inspect.1"): 0o644,
-                 os.path.join(share, "doc", "pstozpjl", "zpjl-inspect-schema.json"): 0o644}
+                 os.path.join(share, "doc", "pstozpjl", "zpjl-inspect-schema.json"): 0o644,
+                 os.path.join(prefix.lstrip("/"), "bin", "zpjl-printer-app"): 0o755,
+                 os.path.join(share, "man", "man8", "zpjl-printer-app.8"): 0o644,
+                 os.path.join(prefix.lstrip("/"), "lib", "systemd", "system",
+                              "zpjl-printer-app.service"): 0o644}
         for name in SAMPLE_PPDS:
             files[os.path.join(under(datadir), "model", "pstozpjl", name)] = 0o644
         layout = dict(files)

@@ -72,8 +72,8 @@ class ManPageTest(unittest.TestCase):
         cls.keys, cls.bold = documented_names(cls.page)
         cls.literals = source_literals(ARGS.source)
 
-    def test_both_pages_format_without_warnings(self):
-        for page in ("pstozpjl.8", "zpjl-inspect.1"):
+    def test_every_page_formats_without_warnings(self):
+        for page in ("pstozpjl.8", "zpjl-inspect.1", "zpjl-printer-app.8"):
             for device in ("utf8", "ps"):
                 with self.subTest(page, device=device):
                     result = cups_instance.run(["groff", "-man", "-ww", "-z", "-T" + device,

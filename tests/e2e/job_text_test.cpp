@@ -186,6 +186,7 @@ TEST(JobText, NeverWritesPrinterCommands) {
       "\"",
       "\x01\x07\x0b\x0c\x1f\x7f",
       "a) show (\\",
+      "/27/37/45/49/50/51/52/53/88/13/10/34",  // the dialog's byte form: ESC ... CR LF quote
       "%n%s%x%p",  // never a format
   };
   for (const char* ppd : {"ppd/jobinfo-utf8-color.ppd", "ppd/legacy-mono.ppd"}) {

@@ -61,9 +61,10 @@ struct Filtered {
   std::string postscript;
 };
 
-Filtered Filter(const std::string& input, const std::string& options) {
+Filtered Filter(const std::string& input, const std::string& options,
+                const std::string& ppd = "ppd/utf8-color.ppd") {
   FilterJob job;
-  job.ppd = Fixture("ppd/utf8-color.ppd");
+  job.ppd = Fixture(ppd);
   job.options = options;
   job.input = input;
   Filtered result{RunFilter(job), ""};
@@ -216,6 +217,7 @@ struct Document {
   size_t sheets;   // what the job prints
   size_t logged;   // "PAGE:" lines the filter writes for it
   bool onlyFirst;  // the watermark on the first sheet only
+  bool insertion = false;  // the PPD-feature insertion mode
 };
 void PrintTo(const Document& d, std::ostream* os) { *os << d.name; }
 
@@ -233,6 +235,7 @@ const Document kDocuments[] = {
     {"Cups2Up", CUPS_CHAIN "-o number-up=2 doc.ps >job.ps 2>/dev/null", 2, 2, false},
     {"Cups4Up", CUPS_CHAIN "-o number-up=4 doc.ps >job.ps 2>/dev/null", 1, 1, false},
     {"FirstPageOnly", "pdftops doc.pdf job.ps", 3, 3, true},
+    {"InsertionMode", "pdftops doc.pdf job.ps", 3, 3, false, true},
     // Without DSC comments only "showpage" lines tell the pages: groff's
     // end inside a procedure, and its prolog holds one such line.
     {"NoCommentsCairo", "pdftocairo -ps doc.pdf - | grep -v '^%%' >job.ps", 3, 3, false},
@@ -291,11 +294,13 @@ TEST_P(RealDocumentTest, WatermarkOnEveryPrintedSheetAndOnePageLogLineEach) {
   ASSERT_FALSE(job.empty());
 
   // Without a watermark the PostScript passes unchanged (but for an
-  // unterminated last line, as the CUPS chain's end-of-job byte).
-  EXPECT_TRUE(Filter(job, "").postscript == job.substr(0, job.rfind('\n') + 1));
+  // unterminated last line, as the CUPS chain's end-of-job byte; the
+  // insertion mode moves the last line to the front).
+  const char* ppd = d.insertion ? "ppd/decomp-color.ppd" : "ppd/utf8-color.ppd";
+  if (!d.insertion) EXPECT_TRUE(Filter(job, "").postscript == job.substr(0, job.rfind('\n') + 1));
 
-  Filtered marked = Filter(job, WatermarkOptions(d.onlyFirst));
-  EXPECT_TRUE(LinesKept(job, marked.postscript));
+  Filtered marked = Filter(job, WatermarkOptions(d.onlyFirst), ppd);
+  if (!d.insertion) EXPECT_TRUE(LinesKept(job, marked.postscript));
   // The inspector finds the page-device hook, and only it, with its text.
   PostScriptReport report = InspectPostScript(marked.postscript, 0);
   ASSERT_EQ(report.fragments.size(), 1u);

@@ -21,6 +21,14 @@ void OutputZPJLCommandForTonerSaver(FILE* stream);
 // The line-weight line, then the render-mode line.
 void OutputZPJLCommandOthers(FILE* stream);
 
+// The settings ("@PJL SET <name>=") and attributes the two writers above put
+// in the header.
+inline constexpr char kTonerSaverSettingName[] = "ECONOMODE";
+inline constexpr char kReductionRateSettingName[] = "REDUCTIONRATE";
+inline constexpr const char* DeviceSettingsSetNames[] = {
+    kTonerSaverSettingName, kReductionRateSettingName, "RENDERMODE"};
+inline constexpr const char* DeviceSettingsAttributeNames[] = {"LWAD"};
+
 // One row of the device-settings command table: PPD option keyword (without
 // its asterisk), choice keyword, complete PJL line with its final "\n".
 struct DeviceSettingCommand {

@@ -142,3 +142,6 @@ inline constexpr NonPPDFragment kAutoFitFragment = {
 // @DIND, @DIBB and @DIBK from the job information comments record, on
 // printers whose language encoding is UTF-8 only.
 void OutputZPJLCommandforBooklet(FILE* stream);
+
+// The attributes of the booklet lines.
+inline constexpr const char* BookletAttributeNames[] = {"DIND", "DIBB", "DIBK"};

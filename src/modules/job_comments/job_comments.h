@@ -72,3 +72,12 @@ extern const char* const kCommentedModelList[];
 // printers and the listed models, version 1.5.0 with the advanced lines
 // where the PPD's CommentOn asks.
 void OutputZPJLCommandForJobInformation(FILE* stream);
+
+// The items of the block's lines ("@PJL COMMENT PRINTJOBINFO <item>=...").
+inline constexpr char kCommentVersionItem[] = "VERSION";
+inline constexpr char kCommentEndItem[] = "END";
+inline constexpr const char* CommentItemNames[] = {
+    kCommentVersionItem, "BEGIN", "PDLTYPE", "JOBTYPE", "JOBCOPIES", "PAGECOPIES", "DUPLEXTYPE",
+    "COLORMODE", "NUP", "STAPLE", "PUNCH", "BOOKLETTYPE", "ORIENTATION", "NUPEX", "SADDLESTAPLE",
+    "STAPLEEX", "PUNCHEX", "MIXEDSIZETYPE", "CUD", kCommentEndItem,
+};

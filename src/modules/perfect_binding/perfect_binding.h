@@ -73,3 +73,10 @@ int PBindGetTicketFromPDE(char* argv[]);
 
 // The perfect-binding header lines; nothing when binding is off.
 void OutputZPJLCommandforPerfectBind(FILE* stream);
+
+// The attributes the perfect-binding lines carry, in the order they are
+// written (the inspector knows the lines by these names).
+inline constexpr const char* PBindAttributeNames[] = {
+    "PBRE", "MSDA", "PBTC", "PBBP", "PBTP", "PBTW", "PBTH", "ISXO", "ISXT", "PBAW", "PBAH",
+    "PBAT", "PBAB", "PBAF", "PBAX", "PBAY", "PBAV", "PBCP", "PBCQ", "PBCC", "PBCT", "PBCI",
+};

@@ -66,3 +66,9 @@ void OutputSPMediaSizeAndColor(const char* mediaSource, int32_t position, const 
 void SpecialPageInializeDescriptionTable();
 int SpecialPageGetTicketFromPDE(char* argv[]);
 void OutputZPJLCommandForSpecialPage(char* argv[], FILE* stream);
+
+// The attributes of the special-pages lines.
+inline constexpr const char* SpecialPageAttributeNames[] = {
+    "EFCV", "EBCV", "EMCT", "EMCP", "EMCW", "EMCH", "EMCQ", "EMCC", "EIST", "EISC", "EOVS", "EMDP",
+    "EOVE",
+};

@@ -78,9 +78,9 @@ void WatermarkGetTicketFromPDE(char* argv[]);
 
 // The first and last lines of the page-device hook, and the line that turns
 // it off (what zpjl-inspect knows them by).
-constexpr const char* kWatermarkPageHookFirst = "mark{userdict/krfWM 4 dict put krfWM begin";
-constexpr const char* kWatermarkPageHookLast = "}stopped cleartomark";
-constexpr const char* kWatermarkPageHookOff = "userdict/krfWM known{krfWM/state get/on false put}if";
+inline constexpr char kWatermarkPageHookFirst[] = "mark{userdict/krfWM 4 dict put krfWM begin";
+inline constexpr char kWatermarkPageHookLast[] = "}stopped cleartomark";
+inline constexpr char kWatermarkPageHookOff[] = "userdict/krfWM known{krfWM/state get/on false put}if";
 
 // Whether the job has a text watermark, so that the pass-through must give
 // jobs that end their pages without "ep"/"endp" the page-device hook.
