@@ -60,6 +60,8 @@ TEST(JobIdentity, NamesConvertedAndValidated) {
       {"UTF-8 format conversions", utf8, "%s%n%x", "%s%n%x", "",
        Identity("%s%n%x", "%s%n%x", "%s%n%x", "%s%n%x")},
       {"UTF-8 empty", utf8, "", "", "", Identity("", unknown, unknown, "")},
+      {"UTF-8 spaces are unknown", utf8, "   ", "t", "",
+       Identity("t", unknown, unknown, "t")},
       {"Shift-JIS user converted", sjis, "\xE3\x83\xA6\xE3\x83\xBC\xE3\x82\xB6", "t", "",
        Identity("", "\x83\x86\x81\x5B\x83\x55", "\x83\x86\x81\x5B\x83\x55", "t")},
       {"Shift-JIS spaces: unknown, accounting name raw", sjis, "   ", "t", "",

@@ -101,7 +101,9 @@ void ExpectReadBack(const std::string& stream) {
     EXPECT_NE(line.meaning.group, LineGroup::kUnknown) << line.bytes;
     EXPECT_NE(line.meaning.words, nullptr) << line.bytes;
     for (const std::string& problem : line.problems) ADD_FAILURE() << line.bytes << problem;
-    if (line.sealed) EXPECT_TRUE(line.sealed->opened) << line.bytes;
+    if (line.sealed) {
+      EXPECT_TRUE(line.sealed->opened) << line.bytes;
+    }
   }
 }
 
@@ -284,6 +286,11 @@ TEST(JobLines, DeviceSettingsAndFinishing) {
        Attr("NLPP=N3") + "@PJL COMMENT PRINTJOBINFO NUP=3\n"
                          "@PJL COMMENT PRINTJOBINFO NUPEX=DOWNTHENRIGHT\n-" + Attr("NLPP=1") +
            "-@PJL COMMENT PRINTJOBINFO NUP=1\n-@PJL COMMENT PRINTJOBINFO ORIENTATION=PORTRAIT\n"},
+      {"3-up down then left", color,
+       "number-up=3 com.apple.print.PrintSettings.PMLayoutDirection..n.=6",
+       Attr("NLPP=N3") + "@PJL COMMENT PRINTJOBINFO NUP=3\n"
+                         "@PJL COMMENT PRINTJOBINFO NUPEX=DOWNTHENLEFT\n-" + Attr("NLPP=1") +
+           "-@PJL COMMENT PRINTJOBINFO NUP=1\n-@PJL COMMENT PRINTJOBINFO ORIENTATION=PORTRAIT\n"},
       {"binding edge 1 of unknown sides", color, "sides=other DuplexBindingEdge..n.=1", ""},
       // Finishing rows, several at once in row order.
       {"tab margin off", nocomment, "TabMarginSwitchTicket=0", Attr("TABS=OFF")},
@@ -344,6 +351,19 @@ TEST(JobLines, DeviceSettingsAndFinishing) {
       // Booklet direction by layout and orientation; binding and division.
       {"booklet, 2-up turns the sheet", nocomment, "number-up=2",
        Attr("NLPP=N2") + Attr("DIND=LANDSCAPE") + "-" + Attr("NLPP=1") + "-" +
+           Attr("DIND=PORTRAIT")},
+      // Without number-up, the layout's rows times columns.
+      {"2-up from the layout", nocomment,
+       "com.apple.print.PrintSettings.PMLayoutRows..n.=1 "
+       "com.apple.print.PrintSettings.PMLayoutColumns..n.=2",
+       Attr("NLPP=N2") + Attr("DIND=LANDSCAPE") + "-" + Attr("NLPP=1") + "-" +
+           Attr("DIND=PORTRAIT")},
+      {"12-up from the layout", nocomment,
+       "com.apple.print.PrintSettings.PMLayoutRows..n.=3 "
+       "com.apple.print.PrintSettings.PMLayoutColumns..n.=4",
+       Attr("NLPP=N12") + "-" + Attr("NLPP=1")},
+      {"booklet, 6-up turns the sheet too", nocomment, "number-up=6",
+       Attr("NLPP=N6") + Attr("DIND=LANDSCAPE") + "-" + Attr("NLPP=1") + "-" +
            Attr("DIND=PORTRAIT")},
       {"booklet, 6-up reverse landscape", nocomment, "number-up=6 orientation-requested=5",
        Attr("NLPP=N6") + "-" + Attr("NLPP=1")},

@@ -56,6 +56,7 @@ TEST(InspectSealedField, NamesWhatIsWrongWithABlob) {
       {with(11, 2), damaged + "unknown key type 2"},
       {with(6, 0x71), damaged + "the header gives 369 bytes, the blob has 368"},
       // The lengths are four bytes each, least significant first.
+      {with(8, 1), damaged + "the header gives 65904 bytes, the blob has 368"},
       {with(9, 1), damaged + "the header gives 16777584 bytes, the blob has 368"},
       {Field(longer),
        "not a sealed blob: 496 characters, 371 bytes, the header gives 368 bytes, the blob has 371"},

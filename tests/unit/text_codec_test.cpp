@@ -169,7 +169,9 @@ TEST(DecodeUTF8, ValidityAndPrefix) {
     EXPECT_EQ(DecodeUTF8(c.text, &units), c.valid) << Hex(c.text);
     EXPECT_EQ(units, c.prefix) << Hex(c.text);
     EXPECT_EQ(IsValidUTF8(c.text), c.valid) << Hex(c.text);
-    if (c.valid) EXPECT_EQ(EncodeUTF8(units.data(), units.size()), c.text) << Hex(c.text);
+    if (c.valid) {
+      EXPECT_EQ(EncodeUTF8(units.data(), units.size()), c.text) << Hex(c.text);
+    }
   }
   std::u16string units = u"stale";
   EXPECT_FALSE(DecodeUTF8(nullptr, &units));
