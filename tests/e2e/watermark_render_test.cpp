@@ -297,10 +297,14 @@ TEST_P(RealDocumentTest, WatermarkOnEveryPrintedSheetAndOnePageLogLineEach) {
   // unterminated last line, as the CUPS chain's end-of-job byte; the
   // insertion mode moves the last line to the front).
   const char* ppd = d.insertion ? "ppd/decomp-color.ppd" : "ppd/utf8-color.ppd";
-  if (!d.insertion) EXPECT_TRUE(Filter(job, "").postscript == job.substr(0, job.rfind('\n') + 1));
+  if (!d.insertion) {
+    EXPECT_TRUE(Filter(job, "").postscript == job.substr(0, job.rfind('\n') + 1));
+  }
 
   Filtered marked = Filter(job, WatermarkOptions(d.onlyFirst), ppd);
-  if (!d.insertion) EXPECT_TRUE(LinesKept(job, marked.postscript));
+  if (!d.insertion) {
+    EXPECT_TRUE(LinesKept(job, marked.postscript));
+  }
   // The inspector finds the page-device hook, and only it, with its text.
   PostScriptReport report = InspectPostScript(marked.postscript, 0);
   ASSERT_EQ(report.fragments.size(), 1u);
