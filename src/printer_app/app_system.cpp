@@ -79,6 +79,10 @@ std::string SpoolDirectoryOf(const std::vector<std::string>& args) {
     if (args[i] == "-o" && args[i + 1].rfind(kSpoolOption, 0) == 0)
       return args[i + 1].substr(std::strlen(kSpoolOption));
   }
+  // A server that a client subcommand starts gets no options, only the
+  // client's environment, which names the client's spool directory.
+  const char* inherited = getenv("SNAP_COMMON");
+  if (inherited != nullptr && *inherited == '/') return inherited;
   return DefaultSpoolDirectory();
 }
 

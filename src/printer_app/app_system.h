@@ -9,8 +9,9 @@
 #include <pappl/pappl.h>
 
 // The spool directory named by "-o spool-directory=DIR" in the arguments,
-// or the default one (root: /var/spool/zpjl-printer-app; other users: under
-// their home directory).
+// else the one of the client subcommand that started this server, else the
+// default one (root: /var/spool/zpjl-printer-app; other users: under their
+// home directory).
 std::string SpoolDirectoryOf(const std::vector<std::string>& args);
 
 // Prepares the process for papplMainloop: creates the spool directory and
