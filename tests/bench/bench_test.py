@@ -1,13 +1,12 @@
 #!/usr/bin/env python3
 """Checks the benchmark's inputs and its verdicts: the generated job has the
-shape it claims, the tickets turn the modules on, the stored passwords open with the storage key material, and the goals are
-judged right at their edges. Nothing here is timed."""
+shape it claims, and the goals are judged right at their edges. Nothing here
+is timed."""
 
 import importlib.machinery
 import importlib.util
 import os
 import re
-import subprocess
 import unittest
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
@@ -61,42 +60,6 @@ class JobShapeTest(unittest.TestCase):
             self.assertIn(b"\n%%BeginFeature: *" + keyword.encode() + b" " + choice.encode() + b"\n", setup)
         self.assertEqual(setup.count(b"%%BeginFeature:"), setup.count(b"%%EndFeature"))
 
-
-def openssl_decrypt(cipher, seeds):
-    import hashlib
-    import hmac
-    key = hmac.new(seeds[0], seeds[1], hashlib.sha256).digest()
-    return subprocess.run(["openssl", "enc", "-d", "-aes-256-cbc", "-K", key.hex(), "-iv", seeds[2].hex()],
-                          input=cipher, capture_output=True, check=True).stdout
-
-
-class TicketTest(unittest.TestCase):
-    SEEDS = (bytes(range(32)), bytes(range(100, 132)), bytes(range(200, 216)))
-
-    def test_tickets_turn_the_modules_on(self):
-        throughput = dict(bench.throughput_options())
-        full = dict(bench.full_options(self.SEEDS))
-        for key, value in throughput.items():
-            self.assertEqual(full[key], value)
-        prefix = bench.PREFIX
-        self.assertEqual(throughput[prefix + "WMARKTypeTicket"], "0")
-        self.assertTrue(throughput[prefix + "WMARKNameTicket"])
-        self.assertEqual(throughput[prefix + "WMARKOnlyFirstTicket"], "0", "a watermark on every page")
-        self.assertNotIn(prefix + "PrintTypePasswordTicketKey", throughput)
-        self.assertEqual(full[prefix + "PrintTypeTicketKey"], "2")
-        total = sum(int(full[prefix + k]) for k in ("ZPIFCoverCountTicket", "ZPIFInsertionCountTicket",
-                                                     "ZPIFExceptionCountTicket"))
-        for i in range(total):
-            self.assertIn(prefix + "ZPIFCommandTicket_%d" % i, full)
-
-    def test_stored_passwords_open_with_the_storage_key(self):
-        import base64
-        for password in ("", "4711", "secret-pass-01", "x" * 239):
-            with self.subTest(length=len(password)):
-                stored = bench.store_password(password, self.SEEDS)
-                cipher = base64.b64decode(stored)
-                self.assertEqual(len(cipher), 16 * (len(password) // 16 + 1))
-                self.assertEqual(openssl_decrypt(cipher, self.SEEDS), password.encode())
 
 def summary(name, mb_per_s=100.0, wall=1.0, rss=8000, size=10, out=None):
     return {"name": name, "mb_per_s": mb_per_s, "wall_s_median": wall, "maxrss_kb": rss,

@@ -291,6 +291,12 @@ TEST(JobLines, DeviceSettingsAndFinishing) {
        Attr("NLPP=N3") + "@PJL COMMENT PRINTJOBINFO NUP=3\n"
                          "@PJL COMMENT PRINTJOBINFO NUPEX=DOWNTHENLEFT\n-" + Attr("NLPP=1") +
            "-@PJL COMMENT PRINTJOBINFO NUP=1\n-@PJL COMMENT PRINTJOBINFO ORIENTATION=PORTRAIT\n"},
+      {"6-up lies like 2-up", color, "number-up=6",
+       Attr("NLPP=N6") + Attr("DIND=LANDSCAPE") +
+           "@PJL COMMENT PRINTJOBINFO NUP=6\n@PJL COMMENT PRINTJOBINFO ORIENTATION=LANDSCAPE\n"
+           "@PJL COMMENT PRINTJOBINFO NUPEX=RIGHTTHENDOWN\n-" + Attr("NLPP=1") + "-" +
+           Attr("DIND=PORTRAIT") +
+           "-@PJL COMMENT PRINTJOBINFO NUP=1\n-@PJL COMMENT PRINTJOBINFO ORIENTATION=PORTRAIT\n"},
       {"binding edge 1 of unknown sides", color, "sides=other DuplexBindingEdge..n.=1", ""},
       // Finishing rows, several at once in row order.
       {"tab margin off", nocomment, "TabMarginSwitchTicket=0", Attr("TABS=OFF")},

@@ -116,6 +116,12 @@ TEST(InspectStream, ReportsSayWhatIsThere) {
        Stream("", "%!PS\n[{\n%%BeginNonPPDFeatures\n1 dict dup/SeparatorPages[1]put/Custom/ProcSet "
                   "findresource/setcoverseparator get exec\n%%EndNonPPDFeatures\nep\n\x04"),
        false, {"separator pages: pages 1 (incomplete: a line of it was cut)"}},
+      {"a watermark text cut short at the end",
+       Stream("", "%!PS\nbp\npgsave restore /pgsave save store gsave\n0.50 0.50 0.50 setrgbcolor\n"
+                  "/Courier 48 selectfont\n1.00 2.00 moveto\n45 rotate\n(xxxxxxxx\nep\n\x04"),
+       false,
+       {"line 3      watermark text: colour 0.50 0.50 0.50, font /Courier 48, position 1.00 "
+        "2.00, angle 45 (incomplete: a line of it was cut)\n"}},
       // A cut watermark text ends at its grestore only within a few lines;
       // what follows is read on its own.
       {"a watermark text cut short",
