@@ -1,9 +1,7 @@
-// Job text that tries to write printer commands: every hostile value on
-// every path by which job text reaches the print stream, on a UTF-8 and a
-// Shift-JIS printer. The header must keep the lines a clean value of the same
-// length gives (it may drop one the filter refuses, never add one), every
-// line a PJL line with balanced quotes and no control byte inside, no ESC but
-// the envelope's; each PostScript fragment must stay one token.
+// Hostile job text on every path into the print stream, on a UTF-8 and a
+// Shift-JIS printer: the header keeps (or drops, never adds) the lines a clean
+// value of the same length gives, no ESC but the envelope's, and each
+// PostScript fragment stays one token.
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -11,13 +9,6 @@
 #include "filter_runner.h"
 
 namespace {
-
-// The document the insertion mode reads: a screen line whose attribute
-// names are the four bytes before each digit, the value's bytes among them.
-std::string ScreenLineJob(const std::string& value) {
-  return "%!PS\n%%BeginFeature: *KRHalftone Auto\nTSCR GSCR ISCR TTRC GTRC ITRC " + value +
-         " 7\n%%EndFeature\nshowpage\n";
-}
 
 // A ticket value quoted as the option parser takes it: any byte but NUL.
 std::string Quoted(const std::string& value) {
@@ -45,15 +36,13 @@ const Path kPaths[] = {
      [](FilterJob& job, const std::string& v) {
        job.title = v;
        job.options += Key("PrintTypeTicketKey", "3") + Key("PrintTypeUserNameTicketKey", "u") +
-                      Key("DocumentNameTypeTicketKey", "1") +
-                      Key("PrintTypeProductTypeTicketKey", "3");
+                      Key("DocumentNameTypeTicketKey", "1") + Key("PrintTypeProductTypeTicketKey", "3");
      }},
     {"user", [](FilterJob& job, const std::string& v) { job.user = v; }},
     {"ticket text",
      [](FilterJob& job, const std::string& v) {
        job.options += Key("PrintTypeTicketKey", "3") + Key("DocumentNameTypeTicketKey", "2") +
-                      Key("JBAManageTypeListTicketKey", "2") +
-                      Key("JBAUserSettingRadioBtnTicket", "1") +
+                      Key("JBAManageTypeListTicketKey", "2") + Key("JBAUserSettingRadioBtnTicket", "1") +
                       Key("JBAUserIDListCtrlTicket", "1") + Key("TabMarginSwitchTicket", "1") +
                       Key("TrimmerSwitchTicket", "1") + Key("NumberingSwitchTicket", "1") +
                       Key("ZPIFCoverCountTicket", "1") + Key("ZPIFInsertionCountTicket", "1") +
@@ -74,10 +63,13 @@ const Path kPaths[] = {
      [](FilterJob& job, const std::string& v) {
        job.options += Key("PrintTypeTicketKey", "4") + Key("DelayPrintTicketKey", Quoted(v));
      }},
+    // A screen line whose attribute names are the four bytes before each
+    // digit, the value's bytes among them.
     {"insertion-mode names",
      [](FilterJob& job, const std::string& v) {
        job.ppd = Fixture("ppd/decomp-mono.ppd");
-       job.input = ScreenLineJob(v);
+       job.input = "%!PS\n%%BeginFeature: *KRHalftone Auto\nTSCR GSCR ISCR TTRC GTRC ITRC " + v +
+                   " 7\n%%EndFeature\nshowpage\n";
      }},
 };
 
@@ -90,16 +82,19 @@ std::string SameLengthCleanValue(std::string value) {
   return value;
 }
 
-size_t Count(const std::string& text, char byte) {
-  return static_cast<size_t>(std::count(text.begin(), text.end(), byte));
-}
-
-// The lines of a header with their values left out: what they set.
-std::vector<std::string> LineKeys(const std::string& header) {
+// What each header line sets, its value left out; every line must be a PJL
+// line with balanced quotes and no control byte.
+std::vector<std::string> LineKeys(const std::string& header, const std::string& what) {
   std::vector<std::string> keys;
   for (size_t at = 0, end; at < header.size(); at = end + 1) {
     end = std::min(header.find('\n', at), header.size());
     std::string line = header.substr(at, end - at);
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    EXPECT_EQ(line.compare(0, 5, "@PJL "), 0) << what << Visible(line);
+    EXPECT_EQ(std::count(line.begin(), line.end(), '"') % 2, 0) << what << Visible(line);
+    EXPECT_TRUE(std::all_of(line.begin(), line.end(), [](char c) {
+      return static_cast<unsigned char>(c) >= 0x20 || c == '\t';
+    })) << what << Visible(line);
     size_t equals = line.find('=');
     if (line.compare(0, 17, "@PJL SET JOBATTR=") == 0) equals = line.find('=', equals + 1);
     keys.push_back(line.substr(0, equals));
@@ -115,21 +110,6 @@ bool IsSubsequence(const std::vector<std::string>& part, const std::vector<std::
     if (next++ >= whole.size()) return false;
   }
   return true;
-}
-
-void ExpectPJLLines(const std::string& header, const std::string& what) {
-  for (size_t at = 0, end; at < header.size(); at = end + 1) {
-    end = std::min(header.find('\n', at), header.size());
-    std::string line = header.substr(at, end - at);
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    EXPECT_EQ(line.compare(0, 5, "@PJL "), 0) << what << Visible(line);
-    size_t quotes = 0;
-    for (char c : line) {
-      EXPECT_TRUE(static_cast<unsigned char>(c) >= 0x20 || c == '\t') << what << Visible(line);
-      quotes += c == '"';
-    }
-    EXPECT_EQ(quotes % 2, 0u) << what << Visible(line);
-  }
 }
 
 // The text of the line that ends with `suffix`, or "<none>".
@@ -201,18 +181,17 @@ TEST(JobText, NeverWritesPrinterCommands) {
         path.put(clean, SameLengthCleanValue(value));
         FilterRun run = RunFilter(job);
         ASSERT_EQ(run.status, 0) << what << run.err;
-        size_t enterPS = run.out.find("@PJL ENTER LANGUAGE=POSTSCRIPT\n");
         ASSERT_EQ(run.out.compare(0, kUEL.size(), kUEL), 0) << what;
-        ASSERT_NE(enterPS, std::string::npos) << what;
-        const std::string header = run.out.substr(kUEL.size(), enterPS - kUEL.size());
-        ExpectPJLLines(header, what);
-        // The envelope's two ESC bytes, and those of the job's own PostScript.
-        EXPECT_EQ(Count(run.out, '\x1b'), Count(job.input, '\x1b') + 2) << what;
         const std::string cleanOut = RunFilter(clean).out;
-        const std::string cleanHeader =
-            cleanOut.substr(kUEL.size(), cleanOut.find("@PJL ENTER") - kUEL.size());
-        EXPECT_TRUE(IsSubsequence(LineKeys(header), LineKeys(cleanHeader)))
-            << what << "\n" << Visible(header) << "\n" << Visible(cleanHeader);
+        auto header = [](const std::string& out) {
+          return out.substr(kUEL.size(), out.find("@PJL ENTER LANGUAGE=POSTSCRIPT\n") - kUEL.size());
+        };
+        ASSERT_NE(run.out.find("@PJL ENTER LANGUAGE=POSTSCRIPT\n"), std::string::npos) << what;
+        EXPECT_TRUE(IsSubsequence(LineKeys(header(run.out), what), LineKeys(header(cleanOut), what)))
+            << what << "\n" << Visible(header(run.out)) << "\n" << Visible(header(cleanOut));
+        // The envelope's two ESC bytes, and those of the job's own PostScript.
+        EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\x1b'),
+                  std::count(job.input.begin(), job.input.end(), '\x1b') + 2) << what;
         if (std::string(path.name) == "ticket text") ExpectPostScriptTokens(run.out, what);
       }
     }
@@ -222,24 +201,16 @@ TEST(JobText, NeverWritesPrinterCommands) {
 // The watermark text renders as typed: a string the dialog wrote stays as
 // it is unless something in it would end it early.
 TEST(JobText, WatermarkTextShowsAsTyped) {
-  const struct {
-    const char *text, *token;
-  } cases[] = {
-      {"(a (b) c)", "(a (b) c)"},
-      {"<48 65>", "<48 65>"},
-      {"DRAFT", "(DRAFT)"},
-      {"(a) show (b)", "(a\\) show \\(b)"},
-      {"(C:\\x\\)", "(C:\\\\x\\\\)"},
-      {"(\x1b%-12345X\r\n)", "(?%-12345X?" "?)"},
-      {"<4G>", "(<4G>)"},
-  };
-  for (const auto& c : cases) {
+  for (const auto& [text, token] : std::vector<std::pair<std::string, std::string>>{
+           {"(a (b) c)", "(a (b) c)"}, {"<48 65>", "<48 65>"}, {"DRAFT", "(DRAFT)"},
+           {"(a) show (b)", "(a\\) show \\(b)"}, {"(C:\\x\\)", "(C:\\\\x\\\\)"},
+           {"(\x1b%-12345X\r\n)", "(?%-12345X?" "?)"}, {"<4G>", "(<4G>)"}}) {
     FilterJob job;
     job.ppd = Fixture("ppd/utf8-color.ppd");
     job.options = Key("WMARKTypeTicket", "0") + Key("WMARKNameTicket", "w") +
-                  Key("WMARKTextTicket", Quoted(c.text));
+                  Key("WMARKTextTicket", Quoted(text));
     job.input = "%!PS\nbp\nep\n";
-    EXPECT_EQ(LineBefore(RunFilter(job).out, " show\n"), c.token) << c.text;
+    EXPECT_EQ(LineBefore(RunFilter(job).out, " show\n"), token) << text;
   }
 }
 
