@@ -17,9 +17,6 @@ from print_stream import (PREFIX, TRAILER, UEL, Stream, match_lines,  # noqa: E4
                           open_sealed_field, stored_password, visible)
 
 ARGS = None
-# ctest's code for a skipped test.
-SKIPPED = 77
-
 TITLE = "Live job"
 USER = "alice"
 SECURE_PASSWORD = "4711"
@@ -28,32 +25,22 @@ ACCOUNT_PASSWORD = "s3cret"
 # What the production printer's job asks for: a secure print held for alice,
 # accounting on an entered user ID with password and account, a text
 # watermark on every page, stapling and two-sided printing.
-PRODUCTION_TICKET = [(PREFIX + name, value) for name, value in [
-    ("PrintTypeTicketKey", "2"), ("PrintTypeUserNameTicketKey", USER),
-    ("PrintTypePasswordTicketKey", "<secure password>"), ("DocumentNameTypeTicketKey", "1"),
-    ("JBAManageTypeListTicketKey", "2"), ("JBAUserSettingRadioBtnTicket", "1"),
-    ("JBAUserIDListCtrlTicket", "2"), ("JBAUserIDTextEditTicket", "acct-7"),
-    ("JBAUserPasswordTextEditTicket", "<account password>"), ("JBAAccountIDTextEditTicket", "4242"),
-    ("WMARKNameTicket", "Confidential"), ("WMARKTypeTicket", "0"), ("WMARKOnlyFirstTicket", "0"),
-    ("WMARKTextTicket", "(CONFIDENTIAL)"), ("WMARKFontTicket", "Courier"),
-    ("WMARKFontSizeTicket", "48"), ("WMARKColorRTicket", "1.0"), ("WMARKColorGTicket", "0.0"),
-    ("WMARKColorBTicket", "0.0"), ("WMARKDensityTicket", "50"), ("WMARKAngleTicket", "45"),
-    ("WMARKOrientationTicket", "1"), ("WMARKPaperWidthTicket", "612"),
-    ("WMARKPaperHeightTicket", "792"), ("WMARKWidthTicket", "200"), ("WMARKHeightTicket", "20"),
-    ("WMARKhOffsetTicket", "0"), ("WMARKvOffsetTicket", "0"),
-]] + [("KRStaple", "UpperLeftSingle"), ("sides", "two-sided-long-edge")]
+PRODUCTION_TICKET = [(PREFIX + name, value) for name, value in (item.split("=") for item in """
+    PrintTypeTicketKey=2 PrintTypeUserNameTicketKey=alice PrintTypePasswordTicketKey=<secure>
+    DocumentNameTypeTicketKey=1 JBAManageTypeListTicketKey=2 JBAUserSettingRadioBtnTicket=1
+    JBAUserIDListCtrlTicket=2 JBAUserIDTextEditTicket=acct-7 JBAAccountIDTextEditTicket=4242
+    JBAUserPasswordTextEditTicket=<account> WMARKNameTicket=Confidential WMARKTypeTicket=0
+    WMARKOnlyFirstTicket=0 WMARKTextTicket=(CONFIDENTIAL) WMARKFontTicket=Courier
+    WMARKFontSizeTicket=48 WMARKColorRTicket=1.0 WMARKColorGTicket=0.0 WMARKColorBTicket=0.0
+    WMARKDensityTicket=50 WMARKAngleTicket=45 WMARKOrientationTicket=1 WMARKPaperWidthTicket=612
+    WMARKPaperHeightTicket=792 WMARKWidthTicket=200 WMARKHeightTicket=20 WMARKhOffsetTicket=0
+    WMARKvOffsetTicket=0""".split())] + [("KRStaple", "UpperLeftSingle"), ("sides", "two-sided-long-edge")]
 
 # The device settings of the insertion-mode printer's job, as PPD choices.
-INSERTION_OPTIONS = [
-    ("KRSetTrapMode", "True"),
-    ("KRBrightnes", "Dark2"),
-    ("KRColorDensityCyanLow", "-2"),
-    ("KRTonerSaver", "Mode2"),
-]
+INSERTION_OPTIONS = [("KRSetTrapMode", "True"), ("KRBrightnes", "Dark2"),
+                     ("KRColorDensityCyanLow", "-2"), ("KRTonerSaver", "Mode2")]
 
-
-# A job whose pages end inside a procedure, as most programs write them: the
-# filter counts its page comments.
+# Pages that end inside a procedure: the filter counts the page comments.
 THREE_PAGE_JOB = "".join(
     ["%!PS-Adobe-3.0\n%%Pages: 3\n%%EndComments\n%%BeginProlog\n/EP{showpage}bind def\n"
      "%%EndProlog\n"] +
@@ -90,42 +77,29 @@ class LiveQueueTest(unittest.TestCase):
         cls.addClassCleanup(cls.cups.stop)
         cls.cups.start()
 
-        production_device = os.path.join(cls.root, "out", "production.prn")
-        insertion_device = os.path.join(cls.root, "out", "insertion.prn")
-        cls.cups.add_queue("zpjl-production",
-                           cls.installation.ppd("zpjl-color-production.ppd"), production_device)
-        cls.cups.add_queue("zpjl-insertion",
-                           cls.installation.ppd("zpjl-color-office-insertion.ppd"), insertion_device)
-
-        ticket = []
-        for name, value in PRODUCTION_TICKET:
-            if value == "<secure password>":
-                value = stored_password(ARGS.source, cls.key_dir, SECURE_PASSWORD)
-            elif value == "<account password>":
-                value = stored_password(ARGS.source, cls.key_dir, ACCOUNT_PASSWORD)
-            ticket.append((name, value))
-        job = os.path.join(ARGS.source, "tests", "fixtures", "ps", "two-page-job.ps")
-        cls.production_job = cls.cups.submit("zpjl-production", job, USER, TITLE, ticket)
-        cls.production_end = cls.cups.wait_for_job(cls.production_job)
+        passwords = {"<secure>": SECURE_PASSWORD, "<account>": ACCOUNT_PASSWORD}
+        ticket = [(name, stored_password(ARGS.source, cls.key_dir, passwords[value])
+                   if value in passwords else value) for name, value in PRODUCTION_TICKET]
         three_pages = os.path.join(cls.root, "three-page-job.ps")
         with open(three_pages, "w", encoding="ascii") as out:
             out.write(THREE_PAGE_JOB)
-        cls.insertion_job = cls.cups.submit("zpjl-insertion", three_pages, USER, TITLE,
-                                            INSERTION_OPTIONS)
-        cls.insertion_end = cls.cups.wait_for_job(cls.insertion_job)
+        captured = {}
+        for queue, ppd, job, options in (
+                ("production", "zpjl-color-production.ppd",
+                 os.path.join(ARGS.source, "tests", "fixtures", "ps", "two-page-job.ps"), ticket),
+                ("insertion", "zpjl-color-office-insertion.ppd", three_pages, INSERTION_OPTIONS)):
+            device = os.path.join(cls.root, "out", queue + ".prn")
+            cls.cups.add_queue("zpjl-" + queue, cls.installation.ppd(ppd), device)
+            job_id = cls.cups.submit("zpjl-" + queue, job, USER, TITLE, options)
+            setattr(cls, queue + "_job", job_id)
+            setattr(cls, queue + "_end", cls.cups.wait_for_job(job_id))
+            captured[queue] = device
         cls.log = cls.cups.log()
-        with open(os.path.join(cls.root, "log", "page_log"), encoding="utf-8") as page_log:
-            cls.page_log = page_log.read()
-        cls.production = cls.read_stream(production_device)
-        with open(insertion_device, "rb") as captured:
-            cls.insertion = captured.read()
-
-    @staticmethod
-    def read_stream(path):
-        with open(path, "rb") as captured:
-            return Stream(captured.read())
-
-    # ---- CUPS ------------------------------------------------------------------------
+        cls.page_log = cls.cups.log(os.path.join(cls.root, "log", "page_log"))
+        with open(captured["production"], "rb") as production:
+            cls.production = Stream(production.read())
+        with open(captured["insertion"], "rb") as insertion:
+            cls.insertion = insertion.read()
 
     def test_cups_completed_both_jobs(self):
         for job, end in ((self.production_job, self.production_end),
@@ -154,8 +128,6 @@ class LiveQueueTest(unittest.TestCase):
                 uri = "ipp://%s/jobs/%d" % (self.cups.server, job)
                 shown = self.cups.client(["ipptool", uri, test]).stdout.decode()
                 self.assertRegex(shown, r"job-media-sheets-completed\n-+\n%d\s" % sheets)
-
-    # ---- The production printer --------------------------------------------------------
 
     def test_production_header(self):
         # Line by line the header is the whole-stream tables' business; here:
@@ -187,11 +159,7 @@ class LiveQueueTest(unittest.TestCase):
         self.assertTrue(body.startswith(b"%!PS-Adobe-3.0\n"), visible(body))
         self.assertEqual(2, body.count(b"(CONFIDENTIAL) show\n"), visible(body))
         self.assertTrue(body.endswith(b"%%EOF\n\x04"), visible(body))
-
-    def test_production_trailer(self):
         self.assertEqual(TRAILER, self.production.trailer)
-
-    # ---- The insertion-mode printer ----------------------------------------------------
 
     def test_insertion_header_and_feature_lines(self):
         stream = self.insertion
@@ -219,21 +187,12 @@ class LiveQueueTest(unittest.TestCase):
         features = lines[len(header):]
         self.assertEqual(b'@PJL SET JOBATTR="@GRGU=OFF"\n', features[0] if features else None,
                          visible(stream[:enter]))
-        density = {"AJCL": 1}
-        expected = [b"@PJL SET BITSPERPIXEL=8\n",
-                    b'@PJL SET JOBATTR="@TRAP=ON"\n',
-                    b'@PJL SET JOBATTR="@PSBR=-2"\n',
-                    b'@PJL SET JOBATTR="@RGBP=SRGB"\n',
-                    b'@PJL SET JOBATTR="@RGBG=18"\n',
-                    b"@PJL SET RET=ON\n",
-                    b"@PJL SET ECONOMODE=MODE2\n",
-                    b'@PJL SET JOBATTR="@BSPM=OFF"\n',
-                    b'@PJL SET JOBATTR="@DDPM=AUTO"\n',
-                    b'@PJL SET JOBATTR="@SBKP=OFF"\n']
-        for colour in "CMYK":
-            for band in "LMH":
-                name = "AJ" + colour + band
-                expected.append(b'@PJL SET JOBATTR="@%s=%d"\n' % (name.encode(), density.get(name, 3)))
+        density = {"CL": 1}
+        expected = [b"@PJL SET BITSPERPIXEL=8\n", b"@PJL SET RET=ON\n", b"@PJL SET ECONOMODE=MODE2\n"]
+        expected += [b'@PJL SET JOBATTR="@%s"\n' % attr for attr in (
+            b"TRAP=ON", b"PSBR=-2", b"RGBP=SRGB", b"RGBG=18", b"BSPM=OFF", b"DDPM=AUTO", b"SBKP=OFF")]
+        expected += [b'@PJL SET JOBATTR="@AJ%s%s=%d"\n' % (c.encode(), b.encode(), density.get(c + b, 3))
+                     for c in "CMYK" for b in "LMH"]
         self.assertEqual(sorted(expected), sorted(features[1:]), visible(stream[:enter]))
 
         body = stream[enter:]
@@ -253,10 +212,9 @@ class LiveQueueTest(unittest.TestCase):
 
 if __name__ == "__main__":
     ARGS = cups_instance.arguments()
-    if os.geteuid() != 0:
-        # cupsd switches to the filter user for every filter, as root only.
+    if os.geteuid() != 0:  # cupsd switches to the filter user as root only
         print("SKIP: the live queue test runs a cupsd and needs root")
-        sys.exit(SKIPPED)
+        sys.exit(77)
     success = cups_instance.run_tests(ARGS, exit=False).result.wasSuccessful()
     if LiveQueueTest.root is not None:
         if success:
