@@ -23,8 +23,7 @@ class DeployError(Exception):
 
 
 def arguments():
-    """The --build and --source directories a deployment test is given, as
-    absolute paths; other arguments are unittest's."""
+    """--build and --source as absolute paths; the rest is unittest's."""
     parser = argparse.ArgumentParser()
     for name in ("--build", "--source"):
         parser.add_argument(name, required=True)
@@ -35,14 +34,11 @@ def arguments():
 
 
 def run_tests(args, exit=True):
-    """Runs the test cases of the calling script."""
     return unittest.main(module="__main__", argv=args.unittest_argv, exit=exit, verbosity=2)
 
 
-def run(command, env=None, timeout=120, check=True, input=None):
-    """Runs a command, returns the CompletedProcess (output as bytes)."""
-    result = subprocess.run(command, env=env, timeout=timeout, input=input,
-                            stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+def run(command, env=None, timeout=120, check=True):
+    result = subprocess.run(command, env=env, timeout=timeout, capture_output=True)
     if check and result.returncode != 0:
         raise DeployError("%s failed with %d:\n%s%s" % (
             " ".join(command), result.returncode,
@@ -59,20 +55,12 @@ def cups_serverbin():
     return path
 
 
-def filter_user_can_enter(path):
-    """True when the filter user may reach `path` (always so when not root,
-    since cupsd then runs its filters as the user who started it)."""
-    if os.geteuid() != 0:
-        return True
-    result = run(["runuser", "-u", FILTER_USER, "--", "test", "-x", path, "-a", "-r", path],
-                 check=False)
-    return result.returncode == 0
-
-
 def private_directory(build_dir, prefix):
     """A new directory for one test run, mode 0755: in the build tree when the
-    filter user can reach it there, else in the temporary directory."""
-    base = build_dir if filter_user_can_enter(build_dir) else tempfile.gettempdir()
+    filter user (as root; else cupsd's own user) can reach it, else in /tmp."""
+    base = build_dir if os.geteuid() != 0 or run(
+        ["runuser", "-u", FILTER_USER, "--", "test", "-x", build_dir, "-a", "-r", build_dir],
+        check=False).returncode == 0 else tempfile.gettempdir()
     path = tempfile.mkdtemp(prefix=prefix, dir=base)
     os.chmod(path, 0o755)
     return path

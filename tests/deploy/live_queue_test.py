@@ -8,13 +8,19 @@ import os
 import re
 import shutil
 import socket
+import subprocess
 import sys
 import unittest
 
-sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path[:0] = [HERE, os.path.join(HERE, "..", "tools")]
 import cups_instance  # noqa: E402
-from print_stream import (PREFIX, TRAILER, UEL, Stream, match_lines,  # noqa: E402
-                          open_sealed_field, stored_password, visible)
+import sealed_blob  # noqa: E402
+
+UEL = b"\x1b%-12345X"
+TRAILER = UEL + b"@PJL EOJ\n"
+ENTER_PS = b"@PJL ENTER LANGUAGE=POSTSCRIPT\n"
+PREFIX = "com.korvanel.qd.jtz.printsettings."
 
 ARGS = None
 TITLE = "Live job"
@@ -62,6 +68,12 @@ DISPLAY job-media-sheets-completed
 """ % USER
 
 
+def visible(data):
+    """The bytes with ESC, CR and other control bytes made visible."""
+    return "".join("<ESC>" if b == 0x1B else "\\r" if b == 0x0D else "\n" if b == 0x0A else
+                   chr(b) if 0x20 <= b < 0x7F else "<%02X>" % b for b in data)
+
+
 class LiveQueueTest(unittest.TestCase):
     root = None
 
@@ -77,9 +89,13 @@ class LiveQueueTest(unittest.TestCase):
         cls.addClassCleanup(cls.cups.stop)
         cls.cups.start()
 
+        def stored(password):  # as the print dialog stores it in the ticket
+            return subprocess.run([sys.executable, os.path.join(ARGS.source, "scripts", "stored-password"),
+                                   password, cls.key_dir], stdout=subprocess.PIPE,
+                                  check=True).stdout.decode().strip()
         passwords = {"<secure>": SECURE_PASSWORD, "<account>": ACCOUNT_PASSWORD}
-        ticket = [(name, stored_password(ARGS.source, cls.key_dir, passwords[value])
-                   if value in passwords else value) for name, value in PRODUCTION_TICKET]
+        ticket = [(name, stored(passwords[value]) if value in passwords else value)
+                  for name, value in PRODUCTION_TICKET]
         three_pages = os.path.join(cls.root, "three-page-job.ps")
         with open(three_pages, "w", encoding="ascii") as out:
             out.write(THREE_PAGE_JOB)
@@ -97,7 +113,10 @@ class LiveQueueTest(unittest.TestCase):
         cls.log = cls.cups.log()
         cls.page_log = cls.cups.log(os.path.join(cls.root, "log", "page_log"))
         with open(captured["production"], "rb") as production:
-            cls.production = Stream(production.read())
+            data = production.read()
+        enter, end = data.find(ENTER_PS) + len(ENTER_PS), data.rfind(UEL)
+        assert len(ENTER_PS) <= enter <= end, visible(data[:400])
+        cls.header, cls.body, cls.trailer = data[:enter], data[enter:end], data[end:]
         with open(captured["insertion"], "rb") as insertion:
             cls.insertion = insertion.read()
 
@@ -132,38 +151,38 @@ class LiveQueueTest(unittest.TestCase):
     def test_production_header(self):
         # Line by line the header is the whole-stream tables' business; here:
         # the ticket CUPS passed reached every module.
-        lines = self.production.header_lines()
+        lines = self.header.splitlines(keepends=True)
         self.assertTrue(lines[0].startswith(UEL + b"@PJL SET STRINGCODESET=UTF8\n"))
+        self.assertEqual(ENTER_PS, lines[-1])
         for line in (b"@PJL SET HOLD=STORE\n", b'@PJL SET JOBNAME="Live job"\r\n',
                      b'@PJL SET JOBATTR="@JOAU=acct-7"\r\n', b"@PJL COMMENT PRINTJOBINFO STAPLE=ON\n",
                      b"@PJL COMMENT PRINTJOBINFO DUPLEXTYPE=DUPLEX\n"):
             with self.subTest(line):
                 self.assertIn(line, lines)
-        self.assertEqual(b"@PJL ENTER LANGUAGE=POSTSCRIPT\n", lines[-1])
 
     def test_production_passwords_are_sealed_for_the_printer(self):
         with open(os.path.join(self.key_dir, "recipient-2048.sha256"), encoding="ascii") as digest:
             recipient = bytes.fromhex(digest.read().strip())
-        header = self.production.header
+        header = self.header
         for name, password in ((b'HOLDENCRYPTKEY="', SECURE_PASSWORD), (b'"@JOEP=', ACCOUNT_PASSWORD)):
             with self.subTest(line=name):
                 fields = re.findall(re.escape(name) + rb'([^"]*)"', header)
                 self.assertEqual(1, len(fields), visible(header))
                 self.assertEqual(492, len(fields[0]))
-                digest, payload = open_sealed_field(self.private_key, fields[0])
-                self.assertEqual(recipient, digest)
-                self.assertEqual(password.encode(), payload)
+                opened = sealed_blob.open_field(fields[0], self.private_key)
+                self.assertEqual(recipient, opened["digest"])
+                self.assertEqual(password.encode(), opened["payload"])
 
     def test_production_postscript(self):
-        body = self.production.body
+        body = self.body
         self.assertTrue(body.startswith(b"%!PS-Adobe-3.0\n"), visible(body))
         self.assertEqual(2, body.count(b"(CONFIDENTIAL) show\n"), visible(body))
         self.assertTrue(body.endswith(b"%%EOF\n\x04"), visible(body))
-        self.assertEqual(TRAILER, self.production.trailer)
+        self.assertEqual(TRAILER, self.trailer)
 
     def test_insertion_header_and_feature_lines(self):
         stream = self.insertion
-        enter = stream.find(b"@PJL ENTER LANGUAGE=POSTSCRIPT\n")
+        enter = stream.find(ENTER_PS)
         self.assertGreater(enter, 0, visible(stream[:2000]))
         lines = stream[:enter].splitlines(keepends=True)
         header = [
@@ -180,7 +199,7 @@ class LiveQueueTest(unittest.TestCase):
             b"@PJL SET REDUCTIONRATE=0\n",
             b"@PJL SET RENDERMODE=COLOR\n",
         ]
-        match_lines(self, header, lines[:len(header)])
+        self.assertEqual(header, lines[:len(header)], visible(stream[:enter]))
         # Then the PJL of the feature code CUPS wrote, in CUPS's order: first
         # the default of the grey balance option the PPD lacks, then a line
         # for each chosen or default device setting.
@@ -198,8 +217,8 @@ class LiveQueueTest(unittest.TestCase):
         body = stream[enter:]
         cases = [
             ("PostScript follows the language switch",
-             body.startswith(b"@PJL ENTER LANGUAGE=POSTSCRIPT\n%!PS-Adobe-3.0\n"), True),
-            ("one language switch", stream.count(b"@PJL ENTER LANGUAGE=POSTSCRIPT\n"), 1),
+             body.startswith(ENTER_PS + b"%!PS-Adobe-3.0\n"), True),
+            ("one language switch", stream.count(ENTER_PS), 1),
             ("feature code passes on", body.count(b"%%BeginFeature: *KRSetTrapMode True\n"), 1),
             ("the last page", body.count(b"(Page three) show EP\n"), 1),
             ("no Ctrl-D in this mode", body.count(b"\x04"), 0),

@@ -30,7 +30,8 @@ std::string WatermarkOptions(bool onlyFirst = false) {
       {"ColorB", "0.0"},        {"Angle", "45"},   {"Density", "100"},  {"Width", "357.3"},
       {"Height", "34.5"},       {"hOffset", "0"},  {"vOffset", "0"}};
   std::string options;
-  for (const auto& [name, value] : settings) options += Key(std::string("WMARK") + name + "Ticket", value);
+  for (const auto& [name, value] : settings)
+    options += Key(std::string("WMARK") + name + "Ticket", value);
   return options;
 }
 
@@ -227,14 +228,11 @@ std::string RealDocumentTest::dir_;
 // Whether every line of `input` is in `output`, in order (lines only added).
 bool LinesKept(const std::string& input, const std::string& output) {
   size_t at = 0;
-  for (size_t start = 0; start < input.size();) {
-    size_t end = input.find('\n', start);
-    if (end == std::string::npos) break;
+  for (size_t start = 0, end; (end = input.find('\n', start)) != std::string::npos; start = end + 1) {
     std::string line = input.substr(start, end - start + 1);
     at = output.find(line, at);
     if (at == std::string::npos || (at > 0 && output[at - 1] != '\n')) return false;
     at += line.size();
-    start = end + 1;
   }
   return true;
 }
