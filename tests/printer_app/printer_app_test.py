@@ -51,7 +51,7 @@ IDLE = IPP_TEST.format("Get-Printer-Attributes", """ATTR keyword requested-attri
 
 
 def urf_document(path):
-    """A two-page 8-bit grey Apple raster document (ghostscript's is refused
+    """A two-page 8-bit grey URF raster document (ghostscript's is refused
     by PAPPL): a black band on white."""
     page = bytes([8, 0, 0, 4]) + bytes(8) + b"".join(n.to_bytes(4, "big") for n in (300, 400, 100))
     page += bytes(8) + b"".join(bytes([0]) + (bytes([127, 0, 127, 0, 43, 0]) if 100 <= y < 120
