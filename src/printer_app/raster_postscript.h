@@ -1,4 +1,4 @@
-// Raster documents (PWG and Apple raster, JPEG, PNG: PAPPL renders them)
+// Raster documents (PWG and URF raster, JPEG, PNG: PAPPL renders them)
 // become PostScript for the printer: each page one image, run-length coded
 // and written in ASCII85, then the job goes through the filter like
 // any other.

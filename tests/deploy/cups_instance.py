@@ -1,11 +1,6 @@
-"""Private CUPS set-ups for the deployment tests.
-
-A test installs the build into a directory of its own (DESTDIR), assembles a
-private CUPS server-bin directory that holds the system's filters and the
-installed pstozpjl, and, for a live queue, runs a private cupsd on a loopback
-port with its own configuration, spool, state and log directories. Nothing of
-the machine's own CUPS set-up is read or changed.
-"""
+"""Private CUPS set-ups for the deployment tests: the build installed into a
+directory of its own, a server-bin directory with the system's filters and
+pstozpjl, a cupsd on a loopback port; the machine's own CUPS is left alone."""
 
 import argparse
 import ctypes
@@ -20,7 +15,6 @@ import tempfile
 import time
 import unittest
 
-# The user cupsd runs filters as.
 FILTER_USER = "lp"
 
 
@@ -29,11 +23,10 @@ class DeployError(Exception):
 
 
 def arguments():
-    """The --build and --source directories a deployment test is given, as
-    absolute paths; other arguments are unittest's."""
+    """--build and --source as absolute paths; the rest is unittest's."""
     parser = argparse.ArgumentParser()
-    parser.add_argument("--build", required=True)
-    parser.add_argument("--source", required=True)
+    for name in ("--build", "--source"):
+        parser.add_argument(name, required=True)
     args, rest = parser.parse_known_args()
     args.build, args.source = os.path.abspath(args.build), os.path.abspath(args.source)
     args.unittest_argv = [sys.argv[0]] + rest
@@ -41,14 +34,11 @@ def arguments():
 
 
 def run_tests(args, exit=True):
-    """Runs the test cases of the calling script."""
     return unittest.main(module="__main__", argv=args.unittest_argv, exit=exit, verbosity=2)
 
 
-def run(command, env=None, timeout=120, check=True, input=None):
-    """Runs a command, returns the CompletedProcess (output as bytes)."""
-    result = subprocess.run(command, env=env, timeout=timeout, input=input,
-                            stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+def run(command, env=None, timeout=120, check=True):
+    result = subprocess.run(command, env=env, timeout=timeout, capture_output=True)
     if check and result.returncode != 0:
         raise DeployError("%s failed with %d:\n%s%s" % (
             " ".join(command), result.returncode,
@@ -65,42 +55,26 @@ def cups_serverbin():
     return path
 
 
-def filter_user_can_enter(path):
-    """True when the filter user may reach `path` (always so when not root,
-    since cupsd then runs its filters as the user who started it)."""
-    if os.geteuid() != 0:
-        return True
-    result = run(["runuser", "-u", FILTER_USER, "--", "test", "-x", path, "-a", "-r", path],
-                 check=False)
-    return result.returncode == 0
-
-
 def private_directory(build_dir, prefix):
     """A new directory for one test run, mode 0755: in the build tree when the
-    filter user can reach it there, else in the temporary directory."""
-    base = build_dir if filter_user_can_enter(build_dir) else tempfile.gettempdir()
+    filter user (as root; else cupsd's own user) can reach it, else in /tmp."""
+    base = build_dir if os.geteuid() != 0 or run(
+        ["runuser", "-u", FILTER_USER, "--", "test", "-x", build_dir, "-a", "-r", build_dir],
+        check=False).returncode == 0 else tempfile.gettempdir()
     path = tempfile.mkdtemp(prefix=prefix, dir=base)
     os.chmod(path, 0o755)
     return path
 
 
 class Installation:
-    """The files `cmake --install` put under `destdir`, located through the
-    build's install settings."""
+    """The files `cmake --install` put under `destdir`."""
 
     def __init__(self, build_dir, destdir, prefix=None):
         paths = read_install_paths(build_dir)
-        prefix = prefix or paths["prefix"]
-
-        def located(directory):
-            if not os.path.isabs(directory):
-                directory = os.path.join(prefix, directory)
-            return destdir + directory
-
+        located = lambda d: destdir + os.path.join(prefix or paths["prefix"], d)  # noqa: E731
         self.destdir = destdir
         self.filter = os.path.join(located(paths["filter_dir"]), "pstozpjl")
         self.model_dir = located(paths["model_dir"])
-        self.man_page = os.path.join(located(paths["man_dir"]), "pstozpjl.8")
 
     def ppd(self, name):
         return os.path.join(self.model_dir, name)
@@ -108,118 +82,53 @@ class Installation:
 
 def read_install_paths(build_dir):
     """The install directories the build configured (install-paths.txt)."""
-    values = {}
     with open(os.path.join(build_dir, "install-paths.txt"), encoding="utf-8") as paths:
-        for line in paths:
-            name, _, value = line.rstrip("\n").partition("=")
-            values[name] = value
-    return values
+        return dict(line.rstrip("\n").partition("=")[::2] for line in paths)
 
 
 def install(build_dir, destdir, prefix=None):
     """`cmake --install` of the build into `destdir`."""
-    env = dict(os.environ, DESTDIR=destdir)
-    command = ["cmake", "--install", build_dir]
-    if prefix is not None:
-        command += ["--prefix", prefix]
-    run(command, env=env)
+    run(["cmake", "--install", build_dir] + (["--prefix", prefix] if prefix else []),
+        env=dict(os.environ, DESTDIR=destdir))
     return Installation(build_dir, destdir, prefix)
 
 
 def make_serverbin(root, filter_path):
-    """A server-bin directory for a private CUPS: the system's programs
-    through links, and a copy of `filter_path` among the filters. CUPS runs
-    only programs owned by root that others cannot write, so the copy and the
-    directories get mode 0755."""
+    """The system's server-bin programs through links, with a copy of
+    `filter_path` among the filters; CUPS runs only root-owned programs others
+    cannot write, hence mode 0755."""
     system = cups_serverbin()
     serverbin = os.path.join(root, "serverbin")
-    os.mkdir(serverbin, 0o755)
-    for entry in sorted(os.listdir(system)):
-        if entry == "filter":
-            filters = os.path.join(serverbin, "filter")
-            os.mkdir(filters, 0o755)
-            for name in sorted(os.listdir(os.path.join(system, "filter"))):
-                os.symlink(os.path.join(system, "filter", name), os.path.join(filters, name))
-            copy = os.path.join(filters, "pstozpjl")
-            shutil.copyfile(filter_path, copy)
-            os.chmod(copy, 0o755)
-            os.chmod(filters, 0o755)
-        else:
+    filters = os.path.join(serverbin, "filter")
+    os.makedirs(filters, 0o755)
+    for entry in os.listdir(system):
+        if entry != "filter":
             os.symlink(os.path.join(system, entry), os.path.join(serverbin, entry))
-    os.chmod(serverbin, 0o755)
+    for name in os.listdir(os.path.join(system, "filter")):
+        os.symlink(os.path.join(system, "filter", name), os.path.join(filters, name))
+    shutil.copyfile(filter_path, os.path.join(filters, "pstozpjl"))
+    for path in (serverbin, filters, os.path.join(filters, "pstozpjl")):
+        os.chmod(path, 0o755)
     return serverbin
 
 
-def write_cups_files_conf(path, root, serverbin):
-    """The cups-files.conf of a private CUPS rooted at `root`."""
-    lines = [
-        "ServerRoot %s/etc" % root,
-        "ServerBin %s" % serverbin,
-        "RequestRoot %s/spool" % root,
-        "TempDir %s/spool/tmp" % root,
-        "CacheDir %s/cache" % root,
-        "StateDir %s/run" % root,
-        "AccessLog %s/log/access_log" % root,
-        "ErrorLog %s/log/error_log" % root,
-        "PageLog %s/log/page_log" % root,
-        "Printcap %s/run/printcap" % root,
-        # Queues that print into a file.
-        "FileDevice Yes",
-        "LogFilePerm 0644",
-    ]
-    if os.geteuid() == 0:
-        lines += ["User %s" % FILTER_USER, "Group %s" % FILTER_USER, "SystemGroup root"]
-    with open(path, "w", encoding="utf-8") as out:
-        out.write("\n".join(lines) + "\n")
+FILES_CONF = """ServerRoot {root}/etc
+ServerBin {serverbin}
+RequestRoot {root}/spool
+TempDir {root}/spool/tmp
+CacheDir {root}/cache
+StateDir {root}/run
+AccessLog {root}/log/access_log
+ErrorLog {root}/log/error_log
+PageLog {root}/log/page_log
+Printcap {root}/run/printcap
+FileDevice Yes
+LogFilePerm 0644
+"""
 
-
-def free_loopback_port():
-    with socket.socket(socket.AF_INET, socket.SOCK_STREAM) as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
-
-
-def _die_with_parent():
-    # PR_SET_PDEATHSIG: the daemon gets SIGTERM when the test process dies,
-    # even when a test runner kills it outright.
-    ctypes.CDLL(None, use_errno=True).prctl(1, signal.SIGTERM, 0, 0, 0)
-
-
-class Scheduler:
-    """A private cupsd in the foreground, on a loopback port.
-
-    The daemon is a copy of the system's cupsd: the mandatory access control
-    profile that a Debian system loads for its cupsd is bound to the binary's
-    path and confines it to the system's own CUPS directories.
-    """
-
-    def __init__(self, root, serverbin):
-        self.root = root
-        self.serverbin = serverbin
-        self.process = None
-        self.port = None
-        for sub in ("etc", "spool", "spool/tmp", "cache", "run", "log", "bin", "out"):
-            os.makedirs(os.path.join(root, sub), exist_ok=True)
-        self.cupsd = os.path.join(root, "bin", "cupsd")
-        shutil.copy2(shutil.which("cupsd") or "/usr/sbin/cupsd", self.cupsd)
-        self.files_conf = os.path.join(root, "etc", "cups-files.conf")
-        write_cups_files_conf(self.files_conf, root, serverbin)
-        self.error_log = os.path.join(root, "log", "error_log")
-        self.daemon_log = os.path.join(root, "log", "cupsd.out")
-
-    @property
-    def server(self):
-        return "127.0.0.1:%d" % self.port
-
-    def client_env(self):
-        env = {k: v for k, v in os.environ.items() if not k.startswith("CUPS_")}
-        env["CUPS_SERVER"] = self.server
-        return env
-
-    def _write_cupsd_conf(self):
-        # A fixed server name spares the daemon a host name lookup, which can
-        # hang on a machine without network.
-        conf = """LogLevel debug
+# A fixed server name spares the daemon a host name lookup, which can hang on
+# a machine without network.
+CUPSD_CONF = """LogLevel debug
 MaxLogSize 0
 Listen 127.0.0.1:{port}
 ServerName localhost
@@ -240,70 +149,79 @@ PreserveJobHistory Yes
     Order deny,allow
   </Limit>
 </Policy>
-""".format(port=self.port)
-        path = os.path.join(self.root, "etc", "cupsd.conf")
-        with open(path, "w", encoding="utf-8") as out:
-            out.write(conf)
-        return path
+"""
 
-    def start(self, timeout=30, attempts=3):
-        """Starts the daemon and waits until it answers; another port is
-        tried when the daemon ends at once (a port taken meanwhile)."""
-        failures = []
-        for _ in range(attempts):
-            self.port = free_loopback_port()
-            conf = self._write_cupsd_conf()
-            with open(self.daemon_log, "ab") as log:
-                self.process = subprocess.Popen(
-                    [self.cupsd, "-f", "-c", conf, "-s", self.files_conf],
-                    stdin=subprocess.DEVNULL, stdout=log, stderr=log,
-                    env=self.client_env(), preexec_fn=_die_with_parent)
-            if self._wait_ready(timeout):
-                return
-            failures.append(self.log_tail())
-            self.stop()
-        raise DeployError("cupsd did not start:\n" + "\n---\n".join(failures))
 
-    def _wait_ready(self, timeout):
+def _die_with_parent():
+    # PR_SET_PDEATHSIG: the daemon gets SIGTERM when the test process dies.
+    ctypes.CDLL(None, use_errno=True).prctl(1, signal.SIGTERM, 0, 0, 0)
+
+
+class Scheduler:
+    """A private cupsd in the foreground on a loopback port: a copy of the
+    system's, since the access control profile a Debian system loads for its
+    cupsd is bound to the binary's path."""
+
+    def __init__(self, root, serverbin):
+        self.root, self.process = root, None
+        for sub in ("etc", "spool/tmp", "cache", "run", "log", "bin", "out"):
+            os.makedirs(os.path.join(root, sub), exist_ok=True)
+        self.cupsd = os.path.join(root, "bin", "cupsd")
+        shutil.copy2(shutil.which("cupsd") or "/usr/sbin/cupsd", self.cupsd)
+        self.files_conf = os.path.join(root, "etc", "cups-files.conf")
+        with open(self.files_conf, "w", encoding="utf-8") as out:
+            out.write(FILES_CONF.format(root=root, serverbin=serverbin))
+            if os.geteuid() == 0:
+                out.write("User {0}\nGroup {0}\nSystemGroup root\n".format(FILTER_USER))
+        self.error_log = os.path.join(root, "log", "error_log")
+        self.daemon_log = os.path.join(root, "log", "cupsd.out")
+
+    @property
+    def server(self):
+        return "127.0.0.1:%d" % self.port
+
+    def client(self, command, timeout=60, check=True):
+        """Runs a CUPS client command against this daemon."""
+        env = {k: v for k, v in os.environ.items() if not k.startswith("CUPS_")}
+        return run(command, env=dict(env, CUPS_SERVER=self.server), timeout=timeout, check=check)
+
+    def start(self, timeout=30):
+        with socket.socket() as probe:
+            probe.bind(("127.0.0.1", 0))
+            self.port = probe.getsockname()[1]
+        conf = os.path.join(self.root, "etc", "cupsd.conf")
+        with open(conf, "w", encoding="utf-8") as out:
+            out.write(CUPSD_CONF.format(port=self.port))
+        with open(self.daemon_log, "ab") as log:
+            self.process = subprocess.Popen([self.cupsd, "-f", "-c", conf, "-s", self.files_conf],
+                                            stdin=subprocess.DEVNULL, stdout=log, stderr=log,
+                                            preexec_fn=_die_with_parent)
         deadline = time.monotonic() + timeout
-        while time.monotonic() < deadline:
-            if self.process.poll() is not None:
-                return False
-            result = run(["lpstat", "-h", self.server, "-r"], env=self.client_env(),
-                         timeout=10, check=False)
-            if result.returncode == 0 and b"scheduler is running" in result.stdout:
-                return True
+        while time.monotonic() < deadline and self.process.poll() is None:
+            if b"scheduler is running" in self.client(["lpstat", "-r"], 10, False).stdout:
+                return
             time.sleep(0.2)
-        return False
+        raise DeployError("cupsd did not start:\n" + self.log_tail())
 
     def stop(self, timeout=15):
         """Stops the daemon by its PID: SIGTERM, then SIGKILL."""
-        if self.process is None:
-            return
-        if self.process.poll() is None:
-            self.process.send_signal(signal.SIGTERM)
+        if self.process is not None and self.process.poll() is None:
+            self.process.terminate()
             try:
                 self.process.wait(timeout)
             except subprocess.TimeoutExpired:
                 self.process.kill()
                 self.process.wait(timeout)
-        self.process = None
-
-    def client(self, command, timeout=60, check=True):
-        """Runs a CUPS client command against this daemon."""
-        return run(command, env=self.client_env(), timeout=timeout, check=check)
 
     def add_queue(self, name, ppd, device_file):
-        self.client(["lpadmin", "-h", self.server, "-p", name, "-E",
-                     "-v", "file://" + device_file, "-P", ppd])
+        self.client(["lpadmin", "-p", name, "-E", "-v", "file://" + device_file, "-P", ppd])
 
     def submit(self, queue, path, user, title, options):
         """Submits a job with `lp`; returns its job id."""
-        command = ["lp", "-h", self.server, "-d", queue, "-U", user, "-t", title]
-        for name, value in options:
-            command += ["-o", "%s=%s" % (name, value)]
-        command.append(path)
-        output = self.client(command).stdout.decode()
+        command = ["lp", "-d", queue, "-U", user, "-t", title]
+        for option in options:
+            command += ["-o", "%s=%s" % option]
+        output = self.client(command + [path]).stdout.decode()
         match = re.search(r"request id is %s-(\d+)" % re.escape(queue), output)
         if match is None:
             raise DeployError("lp gave no job id: " + output)
@@ -318,23 +236,17 @@ PreserveJobHistory Yes
             match = pattern.search(self.log())
             if match:
                 return match.group(1)
-            if self.process is None or self.process.poll() is not None:
+            if self.process.poll() is not None:
                 raise DeployError("cupsd ended during the job:\n" + self.log_tail())
             time.sleep(0.25)
         raise DeployError("job %d did not end within %d s:\n%s" % (job_id, timeout, self.log_tail()))
 
-    def log(self):
+    def log(self, path=None):
         try:
-            with open(self.error_log, encoding="utf-8", errors="replace") as log:
+            with open(path or self.error_log, encoding="utf-8", errors="replace") as log:
                 return log.read()
         except FileNotFoundError:
             return ""
 
     def log_tail(self, lines=60):
-        text = self.log()
-        try:
-            with open(self.daemon_log, encoding="utf-8", errors="replace") as log:
-                text += log.read()
-        except FileNotFoundError:
-            pass
-        return "\n".join(text.splitlines()[-lines:])
+        return "\n".join((self.log() + self.log(self.daemon_log)).splitlines()[-lines:])

@@ -23,12 +23,9 @@ SAMPLE_PPDS = ["zpjl-color-office-insertion.ppd", "zpjl-color-production.ppd",
 def installed_files(root):
     """{path below root: mode} of every file and link under root, and of
     every directory between root and them."""
-    found = {}
-    for directory, dirs, files in os.walk(root):
-        for name in files + dirs:
-            path = os.path.join(directory, name)
-            found[os.path.relpath(path, root)] = stat.S_IMODE(os.lstat(path).st_mode)
-    return found
+    return {os.path.relpath(path, root): stat.S_IMODE(os.lstat(path).st_mode)
+            for directory, dirs, files in os.walk(root)
+            for path in (os.path.join(directory, name) for name in files + dirs)}
 
 
 class InstallTest(unittest.TestCase):

@@ -8,18 +8,21 @@ import os
 import re
 import shutil
 import socket
+import subprocess
 import sys
 import unittest
 
-sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path[:0] = [HERE, os.path.join(HERE, "..", "tools")]
 import cups_instance  # noqa: E402
-from print_stream import (PREFIX, TRAILER, UEL, Stream, match_lines,  # noqa: E402
-                          open_sealed_field, stored_password, visible)
+import sealed_blob  # noqa: E402
+
+UEL = b"\x1b%-12345X"
+TRAILER = UEL + b"@PJL EOJ\n"
+ENTER_PS = b"@PJL ENTER LANGUAGE=POSTSCRIPT\n"
+PREFIX = "com.korvanel.qd.jtz.printsettings."
 
 ARGS = None
-# ctest's code for a skipped test.
-SKIPPED = 77
-
 TITLE = "Live job"
 USER = "alice"
 SECURE_PASSWORD = "4711"
@@ -28,32 +31,22 @@ ACCOUNT_PASSWORD = "s3cret"
 # What the production printer's job asks for: a secure print held for alice,
 # accounting on an entered user ID with password and account, a text
 # watermark on every page, stapling and two-sided printing.
-PRODUCTION_TICKET = [(PREFIX + name, value) for name, value in [
-    ("PrintTypeTicketKey", "2"), ("PrintTypeUserNameTicketKey", USER),
-    ("PrintTypePasswordTicketKey", "<secure password>"), ("DocumentNameTypeTicketKey", "1"),
-    ("JBAManageTypeListTicketKey", "2"), ("JBAUserSettingRadioBtnTicket", "1"),
-    ("JBAUserIDListCtrlTicket", "2"), ("JBAUserIDTextEditTicket", "acct-7"),
-    ("JBAUserPasswordTextEditTicket", "<account password>"), ("JBAAccountIDTextEditTicket", "4242"),
-    ("WMARKNameTicket", "Confidential"), ("WMARKTypeTicket", "0"), ("WMARKOnlyFirstTicket", "0"),
-    ("WMARKTextTicket", "(CONFIDENTIAL)"), ("WMARKFontTicket", "Courier"),
-    ("WMARKFontSizeTicket", "48"), ("WMARKColorRTicket", "1.0"), ("WMARKColorGTicket", "0.0"),
-    ("WMARKColorBTicket", "0.0"), ("WMARKDensityTicket", "50"), ("WMARKAngleTicket", "45"),
-    ("WMARKOrientationTicket", "1"), ("WMARKPaperWidthTicket", "612"),
-    ("WMARKPaperHeightTicket", "792"), ("WMARKWidthTicket", "200"), ("WMARKHeightTicket", "20"),
-    ("WMARKhOffsetTicket", "0"), ("WMARKvOffsetTicket", "0"),
-]] + [("KRStaple", "UpperLeftSingle"), ("sides", "two-sided-long-edge")]
+PRODUCTION_TICKET = [(PREFIX + name, value) for name, value in (item.split("=") for item in """
+    PrintTypeTicketKey=2 PrintTypeUserNameTicketKey=alice PrintTypePasswordTicketKey=<secure>
+    DocumentNameTypeTicketKey=1 JBAManageTypeListTicketKey=2 JBAUserSettingRadioBtnTicket=1
+    JBAUserIDListCtrlTicket=2 JBAUserIDTextEditTicket=acct-7 JBAAccountIDTextEditTicket=4242
+    JBAUserPasswordTextEditTicket=<account> WMARKNameTicket=Confidential WMARKTypeTicket=0
+    WMARKOnlyFirstTicket=0 WMARKTextTicket=(CONFIDENTIAL) WMARKFontTicket=Courier
+    WMARKFontSizeTicket=48 WMARKColorRTicket=1.0 WMARKColorGTicket=0.0 WMARKColorBTicket=0.0
+    WMARKDensityTicket=50 WMARKAngleTicket=45 WMARKOrientationTicket=1 WMARKPaperWidthTicket=612
+    WMARKPaperHeightTicket=792 WMARKWidthTicket=200 WMARKHeightTicket=20 WMARKhOffsetTicket=0
+    WMARKvOffsetTicket=0""".split())] + [("KRStaple", "UpperLeftSingle"), ("sides", "two-sided-long-edge")]
 
 # The device settings of the insertion-mode printer's job, as PPD choices.
-INSERTION_OPTIONS = [
-    ("KRSetTrapMode", "True"),
-    ("KRBrightnes", "Dark2"),
-    ("KRColorDensityCyanLow", "-2"),
-    ("KRTonerSaver", "Mode2"),
-]
+INSERTION_OPTIONS = [("KRSetTrapMode", "True"), ("KRBrightnes", "Dark2"),
+                     ("KRColorDensityCyanLow", "-2"), ("KRTonerSaver", "Mode2")]
 
-
-# A job whose pages end inside a procedure, as most programs write them: the
-# filter counts its page comments.
+# Pages that end inside a procedure: the filter counts the page comments.
 THREE_PAGE_JOB = "".join(
     ["%!PS-Adobe-3.0\n%%Pages: 3\n%%EndComments\n%%BeginProlog\n/EP{showpage}bind def\n"
      "%%EndProlog\n"] +
@@ -75,6 +68,12 @@ DISPLAY job-media-sheets-completed
 """ % USER
 
 
+def visible(data):
+    """The bytes with ESC, CR and other control bytes made visible."""
+    return "".join("<ESC>" if b == 0x1B else "\\r" if b == 0x0D else "\n" if b == 0x0A else
+                   chr(b) if 0x20 <= b < 0x7F else "<%02X>" % b for b in data)
+
+
 class LiveQueueTest(unittest.TestCase):
     root = None
 
@@ -90,42 +89,36 @@ class LiveQueueTest(unittest.TestCase):
         cls.addClassCleanup(cls.cups.stop)
         cls.cups.start()
 
-        production_device = os.path.join(cls.root, "out", "production.prn")
-        insertion_device = os.path.join(cls.root, "out", "insertion.prn")
-        cls.cups.add_queue("zpjl-production",
-                           cls.installation.ppd("zpjl-color-production.ppd"), production_device)
-        cls.cups.add_queue("zpjl-insertion",
-                           cls.installation.ppd("zpjl-color-office-insertion.ppd"), insertion_device)
-
-        ticket = []
-        for name, value in PRODUCTION_TICKET:
-            if value == "<secure password>":
-                value = stored_password(ARGS.source, cls.key_dir, SECURE_PASSWORD)
-            elif value == "<account password>":
-                value = stored_password(ARGS.source, cls.key_dir, ACCOUNT_PASSWORD)
-            ticket.append((name, value))
-        job = os.path.join(ARGS.source, "tests", "fixtures", "ps", "two-page-job.ps")
-        cls.production_job = cls.cups.submit("zpjl-production", job, USER, TITLE, ticket)
-        cls.production_end = cls.cups.wait_for_job(cls.production_job)
+        def stored(password):  # as the print dialog stores it in the ticket
+            return subprocess.run([sys.executable, os.path.join(ARGS.source, "scripts", "stored-password"),
+                                   password, cls.key_dir], stdout=subprocess.PIPE,
+                                  check=True).stdout.decode().strip()
+        passwords = {"<secure>": SECURE_PASSWORD, "<account>": ACCOUNT_PASSWORD}
+        ticket = [(name, stored(passwords[value]) if value in passwords else value)
+                  for name, value in PRODUCTION_TICKET]
         three_pages = os.path.join(cls.root, "three-page-job.ps")
         with open(three_pages, "w", encoding="ascii") as out:
             out.write(THREE_PAGE_JOB)
-        cls.insertion_job = cls.cups.submit("zpjl-insertion", three_pages, USER, TITLE,
-                                            INSERTION_OPTIONS)
-        cls.insertion_end = cls.cups.wait_for_job(cls.insertion_job)
+        captured = {}
+        for queue, ppd, job, options in (
+                ("production", "zpjl-color-production.ppd",
+                 os.path.join(ARGS.source, "tests", "fixtures", "ps", "two-page-job.ps"), ticket),
+                ("insertion", "zpjl-color-office-insertion.ppd", three_pages, INSERTION_OPTIONS)):
+            device = os.path.join(cls.root, "out", queue + ".prn")
+            cls.cups.add_queue("zpjl-" + queue, cls.installation.ppd(ppd), device)
+            job_id = cls.cups.submit("zpjl-" + queue, job, USER, TITLE, options)
+            setattr(cls, queue + "_job", job_id)
+            setattr(cls, queue + "_end", cls.cups.wait_for_job(job_id))
+            captured[queue] = device
         cls.log = cls.cups.log()
-        with open(os.path.join(cls.root, "log", "page_log"), encoding="utf-8") as page_log:
-            cls.page_log = page_log.read()
-        cls.production = cls.read_stream(production_device)
-        with open(insertion_device, "rb") as captured:
-            cls.insertion = captured.read()
-
-    @staticmethod
-    def read_stream(path):
-        with open(path, "rb") as captured:
-            return Stream(captured.read())
-
-    # ---- CUPS ------------------------------------------------------------------------
+        cls.page_log = cls.cups.log(os.path.join(cls.root, "log", "page_log"))
+        with open(captured["production"], "rb") as production:
+            data = production.read()
+        enter, end = data.find(ENTER_PS) + len(ENTER_PS), data.rfind(UEL)
+        assert len(ENTER_PS) <= enter <= end, visible(data[:400])
+        cls.header, cls.body, cls.trailer = data[:enter], data[enter:end], data[end:]
+        with open(captured["insertion"], "rb") as insertion:
+            cls.insertion = insertion.read()
 
     def test_cups_completed_both_jobs(self):
         for job, end in ((self.production_job, self.production_end),
@@ -155,47 +148,41 @@ class LiveQueueTest(unittest.TestCase):
                 shown = self.cups.client(["ipptool", uri, test]).stdout.decode()
                 self.assertRegex(shown, r"job-media-sheets-completed\n-+\n%d\s" % sheets)
 
-    # ---- The production printer --------------------------------------------------------
-
     def test_production_header(self):
         # Line by line the header is the whole-stream tables' business; here:
         # the ticket CUPS passed reached every module.
-        lines = self.production.header_lines()
+        lines = self.header.splitlines(keepends=True)
         self.assertTrue(lines[0].startswith(UEL + b"@PJL SET STRINGCODESET=UTF8\n"))
+        self.assertEqual(ENTER_PS, lines[-1])
         for line in (b"@PJL SET HOLD=STORE\n", b'@PJL SET JOBNAME="Live job"\r\n',
                      b'@PJL SET JOBATTR="@JOAU=acct-7"\r\n', b"@PJL COMMENT PRINTJOBINFO STAPLE=ON\n",
                      b"@PJL COMMENT PRINTJOBINFO DUPLEXTYPE=DUPLEX\n"):
             with self.subTest(line):
                 self.assertIn(line, lines)
-        self.assertEqual(b"@PJL ENTER LANGUAGE=POSTSCRIPT\n", lines[-1])
 
     def test_production_passwords_are_sealed_for_the_printer(self):
         with open(os.path.join(self.key_dir, "recipient-2048.sha256"), encoding="ascii") as digest:
             recipient = bytes.fromhex(digest.read().strip())
-        header = self.production.header
+        header = self.header
         for name, password in ((b'HOLDENCRYPTKEY="', SECURE_PASSWORD), (b'"@JOEP=', ACCOUNT_PASSWORD)):
             with self.subTest(line=name):
                 fields = re.findall(re.escape(name) + rb'([^"]*)"', header)
                 self.assertEqual(1, len(fields), visible(header))
                 self.assertEqual(492, len(fields[0]))
-                digest, payload = open_sealed_field(self.private_key, fields[0])
-                self.assertEqual(recipient, digest)
-                self.assertEqual(password.encode(), payload)
+                opened = sealed_blob.open_field(fields[0], self.private_key)
+                self.assertEqual(recipient, opened["digest"])
+                self.assertEqual(password.encode(), opened["payload"])
 
     def test_production_postscript(self):
-        body = self.production.body
+        body = self.body
         self.assertTrue(body.startswith(b"%!PS-Adobe-3.0\n"), visible(body))
         self.assertEqual(2, body.count(b"(CONFIDENTIAL) show\n"), visible(body))
         self.assertTrue(body.endswith(b"%%EOF\n\x04"), visible(body))
-
-    def test_production_trailer(self):
-        self.assertEqual(TRAILER, self.production.trailer)
-
-    # ---- The insertion-mode printer ----------------------------------------------------
+        self.assertEqual(TRAILER, self.trailer)
 
     def test_insertion_header_and_feature_lines(self):
         stream = self.insertion
-        enter = stream.find(b"@PJL ENTER LANGUAGE=POSTSCRIPT\n")
+        enter = stream.find(ENTER_PS)
         self.assertGreater(enter, 0, visible(stream[:2000]))
         lines = stream[:enter].splitlines(keepends=True)
         header = [
@@ -212,35 +199,26 @@ class LiveQueueTest(unittest.TestCase):
             b"@PJL SET REDUCTIONRATE=0\n",
             b"@PJL SET RENDERMODE=COLOR\n",
         ]
-        match_lines(self, header, lines[:len(header)])
+        self.assertEqual(header, lines[:len(header)], visible(stream[:enter]))
         # Then the PJL of the feature code CUPS wrote, in CUPS's order: first
         # the default of the grey balance option the PPD lacks, then a line
         # for each chosen or default device setting.
         features = lines[len(header):]
         self.assertEqual(b'@PJL SET JOBATTR="@GRGU=OFF"\n', features[0] if features else None,
                          visible(stream[:enter]))
-        density = {"AJCL": 1}
-        expected = [b"@PJL SET BITSPERPIXEL=8\n",
-                    b'@PJL SET JOBATTR="@TRAP=ON"\n',
-                    b'@PJL SET JOBATTR="@PSBR=-2"\n',
-                    b'@PJL SET JOBATTR="@RGBP=SRGB"\n',
-                    b'@PJL SET JOBATTR="@RGBG=18"\n',
-                    b"@PJL SET RET=ON\n",
-                    b"@PJL SET ECONOMODE=MODE2\n",
-                    b'@PJL SET JOBATTR="@BSPM=OFF"\n',
-                    b'@PJL SET JOBATTR="@DDPM=AUTO"\n',
-                    b'@PJL SET JOBATTR="@SBKP=OFF"\n']
-        for colour in "CMYK":
-            for band in "LMH":
-                name = "AJ" + colour + band
-                expected.append(b'@PJL SET JOBATTR="@%s=%d"\n' % (name.encode(), density.get(name, 3)))
+        density = {"CL": 1}
+        expected = [b"@PJL SET BITSPERPIXEL=8\n", b"@PJL SET RET=ON\n", b"@PJL SET ECONOMODE=MODE2\n"]
+        expected += [b'@PJL SET JOBATTR="@%s"\n' % attr for attr in (
+            b"TRAP=ON", b"PSBR=-2", b"RGBP=SRGB", b"RGBG=18", b"BSPM=OFF", b"DDPM=AUTO", b"SBKP=OFF")]
+        expected += [b'@PJL SET JOBATTR="@AJ%s%s=%d"\n' % (c.encode(), b.encode(), density.get(c + b, 3))
+                     for c in "CMYK" for b in "LMH"]
         self.assertEqual(sorted(expected), sorted(features[1:]), visible(stream[:enter]))
 
         body = stream[enter:]
         cases = [
             ("PostScript follows the language switch",
-             body.startswith(b"@PJL ENTER LANGUAGE=POSTSCRIPT\n%!PS-Adobe-3.0\n"), True),
-            ("one language switch", stream.count(b"@PJL ENTER LANGUAGE=POSTSCRIPT\n"), 1),
+             body.startswith(ENTER_PS + b"%!PS-Adobe-3.0\n"), True),
+            ("one language switch", stream.count(ENTER_PS), 1),
             ("feature code passes on", body.count(b"%%BeginFeature: *KRSetTrapMode True\n"), 1),
             ("the last page", body.count(b"(Page three) show EP\n"), 1),
             ("no Ctrl-D in this mode", body.count(b"\x04"), 0),
@@ -253,10 +231,9 @@ class LiveQueueTest(unittest.TestCase):
 
 if __name__ == "__main__":
     ARGS = cups_instance.arguments()
-    if os.geteuid() != 0:
-        # cupsd switches to the filter user for every filter, as root only.
+    if os.geteuid() != 0:  # cupsd switches to the filter user as root only
         print("SKIP: the live queue test runs a cupsd and needs root")
-        sys.exit(SKIPPED)
+        sys.exit(77)
     success = cups_instance.run_tests(ARGS, exit=False).result.wasSuccessful()
     if LiveQueueTest.root is not None:
         if success:

@@ -35,32 +35,10 @@ def source_literals(source_dir):
     return literals
 
 
-def ticket_names_in_sources(literals):
-    """Ticket key names (the part after the key domain) the sources hold."""
-    names = set()
-    for literal in literals:
-        if "Ticket" in literal and (KEY_DOMAIN.match(literal) or not literal.startswith("com.")):
-            name = KEY_DOMAIN.sub("", literal)
-            if name:
-                names.add(name)
-    return names
-
-
-def ppd_keywords_in_sources(literals):
-    return {m.group(1) for m in map(PPD_KEYWORD.match, literals) if m}
-
-
 def documented_names(page):
     """(ticket key names after "jtz." or "etz.", bold words) of the page."""
-    keys, bold = set(), set()
-    for line in page.splitlines():
-        match = re.match(r"^\.IR [je]tz\. (\S+)", line)
-        if match:
-            keys.add(match.group(1))
-            continue
-        match = re.match(r"^\.BR? (\S+)", line)
-        if match:
-            bold.add(match.group(1).lstrip("*"))
+    keys = set(re.findall(r"(?m)^\.IR [je]tz\. (\S+)", page))
+    bold = {word.lstrip("*") for word in re.findall(r"(?m)^\.BR? (\S+)", page)}
     return keys, bold
 
 
@@ -83,7 +61,9 @@ class ManPageTest(unittest.TestCase):
                     self.assertEqual(b"", result.stderr)
 
     def test_every_ticket_key_of_the_sources_is_documented(self):
-        names = ticket_names_in_sources(self.literals)
+        # Ticket key names (the part after the key domain) the sources hold.
+        names = {KEY_DOMAIN.sub("", lit) for lit in self.literals if "Ticket" in lit and
+                 (KEY_DOMAIN.match(lit) or not lit.startswith("com."))} - {""}
         self.assertTrue(names)
         self.assertEqual(set(), names - self.keys)
 
@@ -92,7 +72,7 @@ class ManPageTest(unittest.TestCase):
         self.assertEqual(set(), unknown)
 
     def test_every_ppd_keyword_of_the_sources_is_documented(self):
-        keywords = ppd_keywords_in_sources(self.literals)
+        keywords = {m.group(1) for m in map(PPD_KEYWORD.match, self.literals) if m}
         self.assertIn("KRPSDecompMode", keywords)
         self.assertEqual(set(), keywords - self.bold)
 
@@ -111,8 +91,7 @@ class InspectManPageTest(unittest.TestCase):
     def setUpClass(cls):
         with open(os.path.join(ARGS.build, "man", "zpjl-inspect.1"), encoding="utf-8") as page:
             cls.page = page.read()
-        usage = cups_instance.run([os.path.join(ARGS.build, "zpjl-inspect"), "--help"])
-        cls.usage = usage.stdout.decode()
+        cls.usage = cups_instance.run([os.path.join(ARGS.build, "zpjl-inspect"), "--help"]).stdout.decode()
 
     def test_documents_every_option_and_exit_status_of_the_command(self):
         options = set(re.findall(r"--[a-z][a-z-]*", self.usage))

@@ -29,14 +29,10 @@ def package_of(library_path):
 
 def needed_libraries(binary):
     """{soname: resolved path} of the shared libraries `binary` links."""
-    output = cups_instance.run(["ldd", binary]).stdout.decode()
     needed = set(re.findall(r"(?m)^\s+NEEDED\s+(\S+)$",
                             cups_instance.run(["objdump", "-p", binary]).stdout.decode()))
-    resolved = {}
-    for soname, path in re.findall(r"(?m)^\s*(\S+) => (/\S+)", output):
-        if soname in needed:
-            resolved[soname] = path
-    return resolved
+    return {soname: path for soname, path in re.findall(
+        r"(?m)^\s*(\S+) => (/\S+)", cups_instance.run(["ldd", binary]).stdout.decode()) if soname in needed}
 
 
 class PackageTest(unittest.TestCase):
@@ -73,19 +69,18 @@ class PackageTest(unittest.TestCase):
             open(os.path.join(admin, name), "w").close()
         dpkg = ["dpkg", "--root=" + root, "--force-depends", "--force-not-root"]
 
+        def status():
+            return cups_instance.run(["dpkg-query", "--admindir=" + admin, "-W", "-f=${Status}",
+                                      PACKAGE], check=False).stdout.decode()
         cups_instance.run(dpkg + ["--install", self.deb])
-        status = cups_instance.run(["dpkg-query", "--admindir=" + admin, "-W",
-                                    "-f=${Status}", PACKAGE]).stdout.decode()
-        self.assertEqual("install ok installed", status)
+        self.assertEqual("install ok installed", status())
         # The layout itself is install_test's; here the filter must be where CUPS runs it.
         paths = cups_instance.read_install_paths(ARGS.build)
         installed = root + os.path.join(paths["prefix"], paths["filter_dir"], "pstozpjl")
         self.assertEqual(0o755, os.stat(installed).st_mode & 0o7777)
 
         cups_instance.run(dpkg + ["--remove", PACKAGE])
-        status = cups_instance.run(["dpkg-query", "--admindir=" + admin, "-W",
-                                    "-f=${Status}", PACKAGE], check=False).stdout.decode()
-        self.assertNotIn("installed", status.replace("not-installed", ""))
+        self.assertNotIn("installed", status().replace("not-installed", ""))
         left = [os.path.join(d, n) for d, dirs, files in os.walk(root)
                 for n in dirs + files if not os.path.join(d, n).startswith(os.path.join(root, "var"))]
         self.assertEqual([], left)

@@ -1,11 +1,6 @@
-// The PostScript the filter inserts, run by a real PostScript interpreter:
-// jobs go through the filter, lose their PJL envelope and are rendered by
-// Ghostscript, with and without the watermark, and the pages compared.
-//
-// Besides a job shaped like a desktop application's print output, a table
-// of real documents is made at test time by the tools that write the
-// PostScript print queues carry (groff, dvips, poppler, Ghostscript and the
-// CUPS filter chain, also N-up and without any DSC comments).
+// Jobs through the filter, rendered by Ghostscript with and without the
+// watermark and the pages compared; real documents are made at test time by
+// groff, dvips, poppler, Ghostscript and the CUPS filter chain.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,37 +16,22 @@
 
 namespace {
 
-// The watermark sits around this point of the sheet's default coordinates
-// (the centre of the letter page the ticket names), within this radius.
+// The watermark's circle: the centre of the letter page, in points.
 constexpr double kCentreX = 306;
 constexpr double kCentreY = 396;
 constexpr double kMarkRadius = 205;
 
-// A red "CONFIDENTIAL" in 48-point Helvetica-Bold at 45 degrees; the box is
-// what the dialog measures for that text.
+// A red "CONFIDENTIAL" in 48-point Helvetica-Bold at 45 degrees.
 std::string WatermarkOptions(bool onlyFirst = false) {
-  const std::vector<std::pair<std::string, std::string>> settings = {
-      {"WMARKNameTicket", "Confidential"},
-      {"WMARKOnlyFirstTicket", onlyFirst ? "1" : "0"},
-      {"WMARKTextTicket", "(CONFIDENTIAL)"},
-      {"WMARKOrientationTicket", "1"},
-      {"WMARKPaperHeightTicket", "792"},
-      {"WMARKPaperWidthTicket", "612"},
-      {"WMARKTypeTicket", "0"},
-      {"WMARKFontTicket", "Helvetica-Bold"},
-      {"WMARKFontSizeTicket", "48"},
-      {"WMARKColorRTicket", "1.0"},
-      {"WMARKColorGTicket", "0.0"},
-      {"WMARKColorBTicket", "0.0"},
-      {"WMARKAngleTicket", "45"},
-      {"WMARKDensityTicket", "100"},
-      {"WMARKWidthTicket", "357.3"},
-      {"WMARKHeightTicket", "34.5"},
-      {"WMARKhOffsetTicket", "0"},
-      {"WMARKvOffsetTicket", "0"},
-  };
+  const char* settings[][2] = {
+      {"Name", "Confidential"}, {"OnlyFirst", onlyFirst ? "1" : "0"}, {"Text", "(CONFIDENTIAL)"},
+      {"Orientation", "1"},     {"PaperHeight", "792"},  {"PaperWidth", "612"},  {"Type", "0"},
+      {"Font", "Helvetica-Bold"}, {"FontSize", "48"},  {"ColorR", "1.0"},  {"ColorG", "0.0"},
+      {"ColorB", "0.0"},        {"Angle", "45"},   {"Density", "100"},  {"Width", "357.3"},
+      {"Height", "34.5"},       {"hOffset", "0"},  {"vOffset", "0"}};
   std::string options;
-  for (const auto& [name, value] : settings) options += Key(name, value);
+  for (const auto& [name, value] : settings)
+    options += Key(std::string("WMARK") + name + "Ticket", value);
   return options;
 }
 
@@ -70,8 +50,7 @@ Filtered Filter(const std::string& input, const std::string& options,
   Filtered result{RunFilter(job), ""};
   EXPECT_EQ(result.run.status, 0) << result.run.err;
   result.postscript = SplitStream(result.run.out).body;
-  std::string& ps = result.postscript;
-  if (!ps.empty() && ps.back() == '\x04') ps.pop_back();
+  if (!result.postscript.empty() && result.postscript.back() == '\x04') result.postscript.pop_back();
   return result;
 }
 
@@ -99,10 +78,7 @@ std::vector<Image> ParsePPMs(const std::string& bytes, double scale) {
     return bytes.substr(start, at - start);
   };
   while (field() == "P6") {
-    Image image;
-    image.scale = scale;
-    image.width = std::atoi(field().c_str());
-    image.height = std::atoi(field().c_str());
+    Image image{std::atoi(field().c_str()), std::atoi(field().c_str()), scale, ""};
     if (field() != "255") break;
     ++at;  // the single whitespace byte before the raster
     size_t size = static_cast<size_t>(image.width) * image.height * 3;
@@ -127,50 +103,34 @@ std::vector<Image> Render(const std::string& postscript, int dpi) {
   return ParsePPMs(run.out, dpi / 72.0);
 }
 
-// How two renderings of a page differ: in how many pixels, how many of them
-// outside the watermark's circle, and how many of them red in the second.
-struct Difference {
-  long count = 0;
-  long outside = 0;
-  long red = 0;
-};
-
-Difference Compare(const Image& plain, const Image& marked) {
-  Difference d;
-  if (plain.width != marked.width || plain.height != marked.height) {
-    ADD_FAILURE() << "page sizes differ";
-    return d;
-  }
-  for (int row = 0; row < plain.height; ++row) {
-    for (int x = 0; x < plain.width; ++x) {
-      const unsigned char* a = plain.At(x, row);
-      const unsigned char* b = marked.At(x, row);
-      if (a[0] == b[0] && a[1] == b[1] && a[2] == b[2]) continue;
-      ++d.count;
-      double px = (x + 0.5) / plain.scale;
-      double py = (plain.height - row - 0.5) / plain.scale;
-      if (std::hypot(px - kCentreX, py - kCentreY) > kMarkRadius) ++d.outside;
-      if (b[0] > 200 && b[1] < 60 && b[2] < 60) ++d.red;
-    }
-  }
-  return d;
-}
-
-// The watermark, and nothing else, on the marked pages; the other pages as
-// they were. `minimum` is the least number of changed pixels of a mark.
+// The watermark, and nothing else, on the first `marks` pages: more than
+// `minimum` pixels changed, none outside its circle, nine in ten red; the
+// other pages as they were.
 void ExpectMarks(const std::vector<Image>& plain, const std::vector<Image>& marked,
                  size_t marks, long minimum) {
   ASSERT_EQ(marked.size(), plain.size());
   for (size_t page = 0; page < plain.size(); ++page) {
     SCOPED_TRACE("page " + std::to_string(page + 1));
-    Difference d = Compare(plain[page], marked[page]);
+    const Image &p = plain[page], &m = marked[page];
+    ASSERT_TRUE(p.width == m.width && p.height == m.height);
+    long count = 0, outside = 0, red = 0;
+    for (int row = 0; row < p.height; ++row) {
+      for (int x = 0; x < p.width; ++x) {
+        const unsigned char *a = p.At(x, row), *b = m.At(x, row);
+        if (a[0] == b[0] && a[1] == b[1] && a[2] == b[2]) continue;
+        ++count;
+        double px = (x + 0.5) / p.scale, py = (p.height - row - 0.5) / p.scale;
+        if (std::hypot(px - kCentreX, py - kCentreY) > kMarkRadius) ++outside;
+        if (b[0] > 200 && b[1] < 60 && b[2] < 60) ++red;
+      }
+    }
     if (page >= marks) {
-      EXPECT_EQ(d.count, 0);
+      EXPECT_EQ(count, 0);
       continue;
     }
-    EXPECT_GT(d.count, minimum);
-    EXPECT_EQ(d.outside, 0);
-    EXPECT_GT(d.red, d.count * 9 / 10);
+    EXPECT_GT(count, minimum);
+    EXPECT_EQ(outside, 0);
+    EXPECT_GT(red, count * 9 / 10);
   }
 }
 
@@ -202,7 +162,6 @@ TEST(FeaturesRendering, FinishingBlocksRunWithoutError) {
 
 // ---- Real documents ---------------------------------------------------------------
 
-// A three-page source for each kind of tool: a manual page and a TeX file.
 const char kManPage[] =
     ".TH DOC 1\n.SH ONE\nFirst page.\n.bp\n.SH TWO\nSecond page.\n.bp\n.SH THREE\nThird page.\n";
 const char kTeX[] =
@@ -211,9 +170,7 @@ const char kTeX[] =
 
 struct Document {
   const char* name;
-  // Shell command run in the work directory, which holds doc.man, doc.tex,
-  // doc.ps (groff's) and doc.pdf (Ghostscript's of doc.ps); writes job.ps.
-  const char* command;
+  const char* command;  // in a directory with doc.man, doc.tex, doc.ps, doc.pdf; writes job.ps
   size_t sheets;   // what the job prints
   size_t logged;   // "PAGE:" lines the filter writes for it
   bool onlyFirst;  // the watermark on the first sheet only
@@ -225,12 +182,10 @@ void PrintTo(const Document& d, std::ostream* os) { *os << d.name; }
                    "-m application/vnd.cups-postscript "
 const Document kDocuments[] = {
     {"groff", "cp doc.ps job.ps", 3, 3, false},
-    {"dvips", "tex -interaction=batchmode doc.tex >/dev/null && dvips -q -o job.ps doc.dvi", 3, 3,
-     false},
+    {"dvips", "tex -interaction=batchmode doc.tex >/dev/null && dvips -q -o job.ps doc.dvi", 3, 3, false},
     {"pdftops", "pdftops doc.pdf job.ps", 3, 3, false},
     {"pdftocairo", "pdftocairo -ps doc.pdf job.ps", 3, 3, false},
-    {"ps2write", "gs -q -dSAFER -dBATCH -dNOPAUSE -sDEVICE=ps2write -sOutputFile=job.ps doc.pdf",
-     3, 3, false},
+    {"ps2write", "gs -q -dSAFER -dBATCH -dNOPAUSE -sDEVICE=ps2write -sOutputFile=job.ps doc.pdf", 3, 3, false},
     {"CupsFromPdf", CUPS_CHAIN "doc.pdf >job.ps 2>/dev/null", 3, 3, false},
     {"Cups2Up", CUPS_CHAIN "-o number-up=2 doc.ps >job.ps 2>/dev/null", 2, 2, false},
     {"Cups4Up", CUPS_CHAIN "-o number-up=4 doc.ps >job.ps 2>/dev/null", 1, 1, false},
@@ -249,8 +204,7 @@ const Document kDocuments[] = {
 };
 #undef CUPS_CHAIN
 
-// Each test process makes the sources in a directory of its own (ctest runs
-// the rows in parallel).
+// A directory per test process: ctest runs the rows in parallel.
 class RealDocumentTest : public ::testing::TestWithParam<Document> {
  protected:
   static void SetUpTestSuite() {
@@ -261,8 +215,7 @@ class RealDocumentTest : public ::testing::TestWithParam<Document> {
     std::ofstream(dir_ + "/doc.man") << kManPage;
     std::ofstream(dir_ + "/doc.tex") << kTeX;
     ASSERT_EQ(Shell("groff -man -Tps doc.man >doc.ps && gs -q -dSAFER -dBATCH -dNOPAUSE "
-                    "-sDEVICE=pdfwrite -sOutputFile=doc.pdf doc.ps"),
-              0);
+                    "-sDEVICE=pdfwrite -sOutputFile=doc.pdf doc.ps"), 0);
   }
   static void TearDownTestSuite() { std::system(("rm -rf '" + dir_ + "'").c_str()); }
   static int Shell(const std::string& command) {
@@ -275,14 +228,11 @@ std::string RealDocumentTest::dir_;
 // Whether every line of `input` is in `output`, in order (lines only added).
 bool LinesKept(const std::string& input, const std::string& output) {
   size_t at = 0;
-  for (size_t start = 0; start < input.size();) {
-    size_t end = input.find('\n', start);
-    if (end == std::string::npos) break;
+  for (size_t start = 0, end; (end = input.find('\n', start)) != std::string::npos; start = end + 1) {
     std::string line = input.substr(start, end - start + 1);
     at = output.find(line, at);
     if (at == std::string::npos || (at > 0 && output[at - 1] != '\n')) return false;
     at += line.size();
-    start = end + 1;
   }
   return true;
 }
@@ -293,16 +243,13 @@ TEST_P(RealDocumentTest, WatermarkOnEveryPrintedSheetAndOnePageLogLineEach) {
   const std::string job = ReadFile(dir_ + "/job.ps");
   ASSERT_FALSE(job.empty());
 
-  // Without a watermark the PostScript passes unchanged (but for an
-  // unterminated last line, as the CUPS chain's end-of-job byte; the
-  // insertion mode moves the last line to the front).
-  const char* ppd = d.insertion ? "ppd/decomp-color.ppd" : "ppd/utf8-color.ppd";
+  // Without a watermark the PostScript passes unchanged but for an
+  // unterminated last line; with it, lines are only added (the insertion
+  // mode moves the last line to the front).
+  Filtered marked = Filter(job, WatermarkOptions(d.onlyFirst),
+                           d.insertion ? "ppd/decomp-color.ppd" : "ppd/utf8-color.ppd");
   if (!d.insertion) {
     EXPECT_TRUE(Filter(job, "").postscript == job.substr(0, job.rfind('\n') + 1));
-  }
-
-  Filtered marked = Filter(job, WatermarkOptions(d.onlyFirst), ppd);
-  if (!d.insertion) {
     EXPECT_TRUE(LinesKept(job, marked.postscript));
   }
   // The inspector finds the page-device hook, and only it, with its text.
@@ -311,9 +258,8 @@ TEST_P(RealDocumentTest, WatermarkOnEveryPrintedSheetAndOnePageLogLineEach) {
   EXPECT_EQ(report.fragments[0].kind, "watermark-page-hook");
   EXPECT_TRUE(report.fragments[0].complete);
   const auto& details = report.fragments[0].details;
-  EXPECT_NE(std::find(details.begin(), details.end(), std::make_pair(std::string("text"),
-                                                                    std::string("(CONFIDENTIAL)"))),
-            details.end());
+  EXPECT_NE(std::find(details.begin(), details.end(),
+                      std::make_pair(std::string("text"), std::string("(CONFIDENTIAL)"))), details.end());
   std::string log;
   for (size_t page = 1; page <= d.logged; ++page) log += "PAGE:" + std::to_string(page) + " 1\n";
   EXPECT_EQ(marked.run.err, log);
