@@ -81,16 +81,6 @@ void ExpectSoundJob(const FilterRun& run) {
   EXPECT_FALSE(Contains(run.out + run.err, kPlainPassword));
 }
 
-// Pseudo-random bytes without NUL, the same on every run.
-std::string NoiseBytes(size_t length, uint32_t seed) {
-  std::string bytes(length, '\0');
-  for (char& byte : bytes) {
-    seed = seed * 1103515245u + 12345u;
-    byte = static_cast<char>(1 + (seed >> 16) % 255);
-  }
-  return bytes;
-}
-
 struct HostileCase {
   const char* name;
   // Fills in the job; `dir` is a scratch directory for files it needs.
@@ -214,38 +204,40 @@ TEST(HostileJob, TicketsEndSoundly) {
 }
 
 TEST(HostileJob, PrintersEndSoundly) {
-  auto usesPPD = [](std::function<std::string()> text) {
+  auto usesPPD = [](const std::string& text) {
     return [text](FilterJob& job, const ScratchDir& dir) {
       job.ppd = dir.File("printer.ppd");
-      std::ofstream(*job.ppd, std::ios::binary) << text();
+      std::ofstream(*job.ppd, std::ios::binary) << text;
     };
   };
-  auto ppdText = [](const char* fixture) { return ReadFile(Fixture(std::string("ppd/") + fixture)); };
+  // Pseudo-random bytes without NUL, the same on every run.
+  std::string noise(64 * 1024, '\0');
+  uint32_t seed = 4;
+  for (char& byte : noise) {
+    byte = static_cast<char>(1 + ((seed = seed * 1103515245u + 12345u) >> 16) % 255);
+  }
+  // Fifty megabytes, read to the end: the last line turns the job
+  // information block on.
+  std::string fifty = ReadFile(Fixture("ppd/utf8-nocomment.ppd"));
+  const std::string off = "*CommentOn: \"False\"\n", filler = "*% " + std::string(96, 'x') + "\n";
+  fifty.erase(fifty.find(off), off.size());
+  fifty += Repeat(filler, Big(50 * 1024 * 1024) / filler.size()) + "*CommentOn: \"True\"\n";
   auto legacyWithoutBlock = [](const FilterRun& run) {
     EXPECT_FALSE(Contains(run.out, "STRINGCODESET"));
     EXPECT_FALSE(Contains(run.out, "PRINTJOBINFO"));
     EXPECT_TRUE(Contains(run.out, kEnterPS));
   };
   ExpectEndsSoundly({
-      {"EmptyPPD", usesPPD([] { return std::string(); }), legacyWithoutBlock},
-      {"BinaryPPD", usesPPD([] { return NoiseBytes(64 * 1024, 4); }), legacyWithoutBlock},
-      {"FiftyMegabytePPD", usesPPD([ppdText] {
-         // Read to its end: the last line turns the job information block on.
-         std::string text = ppdText("utf8-nocomment.ppd");
-         const std::string off = "*CommentOn: \"False\"\n";
-         text.erase(text.find(off), off.size());
-         std::string line = "*% " + std::string(96, 'x') + "\n";
-         return text + Repeat(line, Big(50 * 1024 * 1024) / line.size()) + "*CommentOn: \"True\"\n";
-       }),
+      {"EmptyPPD", usesPPD(""), legacyWithoutBlock},
+      {"BinaryPPD", usesPPD(noise), legacyWithoutBlock},
+      {"FiftyMegabytePPD", usesPPD(fifty),
        Holds({"@PJL SET STRINGCODESET=UTF8\n", "@PJL COMMENT PRINTJOBINFO VERSION=1.5.0\n"})},
-      {"PPDAttributesWithoutValues", usesPPD([] {
-         return std::string(
-             "*PPD-Adobe: \"4.3\"\n*FormatVersion: \"4.3\"\n*LanguageEncoding:\n"
-             "*KRPrinterLanguageEncoding:\n*KRPSDecompMode:\n*PCFileName:\n*CommentOn:\n"
-             "*ColorDevice:\n*KRZPrintTypeSettings:\n*DefaultKRColorMode:\n"
-             "*OpenUI *KRColorMode: PickOne\n*CloseUI: *KRColorMode\n"
-             "*OpenUI *PageSize: PickOne\n*PageSize A4: \"\"\n*CloseUI: *PageSize\n");
-       }),
+      {"PPDAttributesWithoutValues",
+       usesPPD("*PPD-Adobe: \"4.3\"\n*FormatVersion: \"4.3\"\n*LanguageEncoding:\n"
+               "*KRPrinterLanguageEncoding:\n*KRPSDecompMode:\n*PCFileName:\n*CommentOn:\n"
+               "*ColorDevice:\n*KRZPrintTypeSettings:\n*DefaultKRColorMode:\n"
+               "*OpenUI *KRColorMode: PickOne\n*CloseUI: *KRColorMode\n"
+               "*OpenUI *PageSize: PickOne\n*PageSize A4: \"\"\n*CloseUI: *PageSize\n"),
        Holds({kEnterPS})},
       {"MissingPPDVariable", [](FilterJob& job, const ScratchDir&) { job.ppd = std::nullopt; },
        legacyWithoutBlock},
