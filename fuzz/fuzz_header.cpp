@@ -66,7 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   fuzz::Input in(data, size);
   const Printer& printer = kPrinters[in.Byte() % (sizeof kPrinters / sizeof kPrinters[0])];
   fuzz::Job job;
-  job.ppd = printer.ppd != nullptr ? fuzz::Fixture(printer.ppd) : "";
+  job.ppd = printer.ppd != nullptr ? Fixture(printer.ppd) : "";
   job.ticket = in.UntilNul();
   if (!in.empty()) job.user = in.UntilNul();
   if (!in.empty()) job.title = in.UntilNul();

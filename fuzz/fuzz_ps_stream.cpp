@@ -55,7 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const uint8_t printer = in.Byte() % 3;
   static const char* const kPPDs[] = {"", "ppd/decomp-color.ppd", "ppd/decomp-mono.ppd"};
   fuzz::Job job;
-  job.ppd = printer == 0 ? "" : fuzz::Fixture(kPPDs[printer]);
+  job.ppd = printer == 0 ? "" : Fixture(kPPDs[printer]);
   job.postscript = in.Rest();
   const std::string stream = fuzz::RunJob(job);
   const std::string enter = "@PJL ENTER LANGUAGE=POSTSCRIPT\n";

@@ -19,6 +19,7 @@
 #include <string>
 
 #include "job/job_flow.h"
+#include "test_support.h"
 
 namespace fuzz {
 
@@ -110,21 +111,9 @@ class StdoutCapture {
   int fd_;
 };
 
-// The bytes with control bytes visible, for failure messages.
+// The bytes with control bytes visible, cut for failure messages.
 inline std::string Visible(const std::string& bytes, size_t limit = 400) {
-  std::string out;
-  for (size_t i = 0; i < bytes.size() && i < limit; ++i) {
-    unsigned char c = static_cast<unsigned char>(bytes[i]);
-    if (c >= 0x20 && c < 0x7f && c != '\\') {
-      out += static_cast<char>(c);
-    } else {
-      char hex[8];
-      snprintf(hex, sizeof hex, "\\x%02X", c);
-      out += hex;
-    }
-  }
-  if (bytes.size() > limit) out += "...";
-  return out;
+  return ::Visible(bytes.substr(0, limit)) + (bytes.size() > limit ? "..." : "");
 }
 
 // An oracle failed: say what and stop, so the fuzzer keeps the input.
@@ -135,10 +124,6 @@ inline std::string Visible(const std::string& bytes, size_t limit = 400) {
 
 inline void Check(bool holds, const char* what, const std::string& detail = "") {
   if (!holds) Fail(what, detail);
-}
-
-inline std::string Fixture(const char* relative) {
-  return std::string(ZPJL_FIXTURES) + "/" + relative;
 }
 
 // The start and the end of every print stream.
