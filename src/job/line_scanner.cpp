@@ -17,15 +17,6 @@
 #include <immintrin.h>
 #endif
 
-namespace {
-
-const char* FindByte(const char* from, const char* end, char byte) {
-  const void* found = std::memchr(from, byte, static_cast<size_t>(end - from));
-  return found != nullptr ? static_cast<const char*>(found) : end;
-}
-
-}  // namespace
-
 LineCandidates::LineCandidates() {
   std::fill(std::begin(firsts_), std::end(firsts_), true);
   std::fill(std::begin(lengths_), std::end(lengths_), ~uint64_t{0});
@@ -58,17 +49,6 @@ void LineCandidates::AddLengthsFrom(const char* line, size_t length) {
 bool LineSink::Plain(const char*, size_t) { return false; }
 
 void LineSink::Block(const char*, size_t) {}
-
-void LineSink::Span(const char* bytes, size_t length) {
-  const char* end = bytes + length;
-  while (bytes < end) {
-    const char* lf = FindByte(bytes, end, '\n');
-    const char* eol = FindByte(bytes, lf, '\r');
-    if (eol == end) return;  // not a whole line: nothing a span can hold
-    Line(bytes, static_cast<size_t>(eol - bytes), *eol);
-    bytes = eol + 1;
-  }
-}
 
 uint64_t LineEndMask(const char* bytes, size_t length) {
   uint64_t mask = 0;

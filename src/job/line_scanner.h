@@ -60,8 +60,7 @@ class LineSink {
   // terminator. Must not change the sink's state.
   virtual bool Plain(const char* line, size_t length);
   // Consecutive plain lines, each with its terminator, as they were input.
-  // By default handed to Line() one by one.
-  virtual void Span(const char* bytes, size_t length);
+  virtual void Span(const char* bytes, size_t length) = 0;
   // Each block of input before its lines: Plain() is asked only about lines
   // that lie wholly in the last block shown here, and candidates() is read
   // after this call.
