@@ -113,23 +113,6 @@ TEST(SealedBlobInterop, OpensWithTheOpensslToolAndTheTestKey) {
   }
 }
 
-TEST(SealedBlobInterop, WrappedKeyTakesTheLengthOfTheRecipientKey) {
-  // The digest follows the key type, not the key: a 3072-bit key text with
-  // key type 0 still gets the 2048-bit digest and a 384-byte wrapped key.
-  const std::string keyText = PublicKeyTextOf(TestPrivateKeyPath3072());
-  ASSERT_FALSE(keyText.empty());
-  const std::vector<uint8_t> payload = Pattern(20, 9);
-  const Sealed sealed = Seal(kSecBlobAesModeCBC, kSecBlobKeyType2048, payload, keyText.c_str());
-  ASSERT_EQ(sealed.result, kSecBlobSuccess) << sealed.printed;
-  ASSERT_EQ(sealed.blob.size(), 80u + 384 + 16 + 32);
-  OpenedBlob opened;
-  std::string error;
-  ASSERT_TRUE(OpenSealedBlob(sealed.blob, &opened, &error, TestPrivateKeyPath3072())) << error;
-  EXPECT_EQ(opened.Part("wrapped_key").size(), 384u);
-  EXPECT_EQ(opened.Part("digest"), Bytes(pubkey2048_OFFICIAL_SHA256, 32));
-  EXPECT_EQ(opened.payload, std::string(payload.begin(), payload.end()));
-}
-
 // ---- Limits and refusals -----------------------------------------------------
 
 TEST(SealedBlobRefusals, ResultAndMessageLeaveTheOutputUntouched) {
