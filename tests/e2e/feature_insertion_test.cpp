@@ -132,16 +132,6 @@ TEST(Insertion, ReadsOfOneByteGiveTheSameStream) {
   EXPECT_TRUE(SameStream(whole.out, process.Finish().out));
 }
 
-TEST(Insertion, UnopenableFileWritesNoLanguageSwitch) {
-  FilterJob job;
-  job.ppd = Fixture("ppd/decomp-color.ppd");
-  job.file = "/nonexistent/job.ps";
-  FilterRun run = RunFilter(job);
-  EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(run.out.find(kEnterPS), std::string::npos);
-  EXPECT_EQ(run.out.substr(run.out.size() - kTrailer.size()), kTrailer);
-}
-
 TEST(Insertion, SpoolFileRemovedAfterTheJobAndKeptOnCancel) {
   char pattern[] = "/tmp/pstozpjl-spool-XXXXXX";
   std::string tmp = mkdtemp(pattern);

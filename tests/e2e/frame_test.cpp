@@ -56,18 +56,25 @@ TEST(PassThrough, BodyAsItCame) {
   }
 }
 
+// In either mode: no PostScript (the insertion mode not even its language
+// switch), the trailer, and the reason on standard error.
 TEST(PassThrough, UnopenableFileWritesNoPostScript) {
-  FilterJob job;
-  job.ppd = Fixture("ppd/bare.ppd");
-  job.file = "/nonexistent/job.ps";
-  FilterRun run = RunFilter(job);
-  EXPECT_EQ(run.status, 0);
-  StreamParts parts = SplitStream(run.out);
-  EXPECT_EQ(parts.body, "");
-  EXPECT_TRUE(SameStream(kTrailer, parts.trailer));
-  EXPECT_NE(run.err.find("ERROR: Unable to open print file \"/nonexistent/job.ps\""),
-            std::string::npos)
-      << run.err;
+  const std::string enterPS = "@PJL ENTER LANGUAGE=POSTSCRIPT\n";
+  for (const char* ppd : {"ppd/bare.ppd", "ppd/decomp-color.ppd"}) {
+    FilterJob job;
+    job.ppd = Fixture(ppd);
+    job.file = "/nonexistent/job.ps";
+    FilterRun run = RunFilter(job);
+    EXPECT_EQ(run.status, 0) << ppd;
+    const bool insertion = std::string(ppd).find("decomp") != std::string::npos;
+    const std::string end = insertion ? kTrailer : enterPS + kTrailer;
+    ASSERT_GE(run.out.size(), end.size()) << ppd;
+    EXPECT_EQ(run.out.substr(run.out.size() - end.size()), end) << ppd;
+    EXPECT_EQ(run.out.find(enterPS) == std::string::npos, insertion) << ppd;
+    EXPECT_NE(run.err.find("ERROR: Unable to open print file \"/nonexistent/job.ps\""),
+              std::string::npos)
+        << run.err;
+  }
 }
 
 TEST(PageLog, OnePageLineAtEachPageEnd) {
