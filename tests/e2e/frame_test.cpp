@@ -56,9 +56,7 @@ TEST(PassThrough, BodyAsItCame) {
   }
 }
 
-// In either mode: no PostScript (the insertion mode not even its language
-// switch), the trailer, and the reason on standard error.
-TEST(PassThrough, UnopenableFileWritesNoPostScript) {
+TEST(PassThrough, UnopenableFileWritesNoPostScriptInEitherMode) {
   const std::string enterPS = "@PJL ENTER LANGUAGE=POSTSCRIPT\n";
   for (const char* ppd : {"ppd/bare.ppd", "ppd/decomp-color.ppd"}) {
     FilterJob job;

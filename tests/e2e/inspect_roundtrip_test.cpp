@@ -213,7 +213,6 @@ TEST(InspectCommand, UsageErrors) {
       {{"/nonexistent/job.prn"}, "/nonexistent/job.prn: No such file or directory"},
       {{"--show-secrets"}, "--show-secrets needs --key"},
       {{"--key"}, "--key needs a file"},
-      {{"--key", "-"}, "--key needs a file"},
       {{"--key", scratch.File("not-a-key.pem")}, "not an RSA private key"},
       {{"--key", "/nonexistent/key.pem"}, "/nonexistent/key.pem: No such file or directory"},
   };
