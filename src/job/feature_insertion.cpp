@@ -154,9 +154,7 @@ class SpoolSink : public LineSink {
     lines_.Start();
   }
   void Chunk(const char* bytes, size_t length) override {
-    if (lines_.SeekingCode()) lines_.BeforeCode(lines_.Target(spool_));
-    KZfwrite(bytes, 1, length, lines_.Target(spool_));
-    lines_.CheckHeld(spool_);
+    lines_.WriteChunk(bytes, length, spool_);
   }
   bool Line(const char* line, size_t length, char terminator) override {
     if (IsFeatureLine(line, length)) {

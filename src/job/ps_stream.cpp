@@ -189,6 +189,12 @@ void PSLineState::CheckHeld(FILE* out) {
   if (hook == PageHook::kHolding && held.size() > kHoldLimit) TakeHook(*this, out);
 }
 
+void PSLineState::WriteChunk(const char* bytes, size_t length, FILE* out) {
+  if (SeekingCode()) BeforeCode(Target(out));
+  KZfwrite(bytes, 1, length, Target(out));
+  CheckHeld(out);
+}
+
 void FinishPSLines(PSLineState& state, char* argv[], FILE* out, bool stopped) {
   if (state.hook == PageHook::kHolding) state.held.Release(out, !stopped);
   if (!stopped && state.marks.EndsLastPage()) LogNextPage(state, argv);
@@ -292,9 +298,7 @@ class PassThroughSink : public LineSink {
     state_.Start();
   }
   void Chunk(const char* bytes, size_t length) override {
-    if (state_.SeekingCode()) state_.BeforeCode(state_.Target(stdout));
-    KZfwrite(bytes, 1, length, state_.Target(stdout));
-    state_.CheckHeld(stdout);
+    state_.WriteChunk(bytes, length, stdout);
   }
   bool Line(const char* line, size_t length, char terminator) override {
     return HandlePSLine(state_, line, length, terminator, argv_, stdout);

@@ -122,6 +122,9 @@ struct PSLineState {
   // After writing while output is held: a large enough hold is let go as if
   // the job had shown that it needs the hook.
   void CheckHeld(FILE* out);
+  // A piece of an over-long line, which is code: after the hook if it is
+  // due, to where lines go now.
+  void WriteChunk(const char* bytes, size_t length, FILE* out);
 };
 
 // Handles one complete line (without its terminator) as the pass-through
