@@ -7,27 +7,35 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
-#include <string>
-
-#include <pappl/pappl.h>
+#include <map>
 
 namespace {
 
 constexpr int kMaxNameTries = 10000;
+constexpr int kRetrySeconds = 5;
 
-struct JobFile {
-  int fd;
-  std::string path;
-  bool written;
+struct DeviceUri {
+  std::string scheme;
+  std::string host;
+  int port = 0;
+  std::string resource;
 };
 
-std::string DirectoryOf(const char* uri) {
+bool ParseUri(const char* uri, DeviceUri& out) {
   char scheme[32], userpass[256], host[256], resource[1024];
-  int port = 0;
-  if (httpSeparateURI(HTTP_URI_CODING_ALL, uri, scheme, sizeof scheme, userpass, sizeof userpass,
-                      host, sizeof host, &port, resource, sizeof resource) < HTTP_URI_STATUS_OK)
-    return "";
-  return resource;
+  if (uri == nullptr ||
+      httpSeparateURI(HTTP_URI_CODING_ALL, uri, scheme, sizeof scheme, userpass, sizeof userpass,
+                      host, sizeof host, &out.port, resource, sizeof resource) < HTTP_URI_STATUS_OK)
+    return false;
+  out.scheme = scheme;
+  out.host = host;
+  out.resource = resource;
+  return true;
+}
+
+bool IsDirectory(const std::string& path) {
+  struct stat info;
+  return !path.empty() && stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
 // A new file in the directory: the local time stamp, then a counter for
@@ -46,75 +54,109 @@ int CreateJobFile(const std::string& directory, std::string& path) {
   return -1;
 }
 
-bool OpenFile(pappl_device_t* device, const char* uri, const char*) {
-  const std::string directory = DirectoryOf(uri);
-  struct stat info;
-  if (directory.empty() || stat(directory.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) {
-    papplDeviceError(device, "\"%s\" is not a directory.", directory.c_str());
-    return false;
-  }
-  std::string path;
-  const int fd = CreateJobFile(directory, path);
-  if (fd < 0) {
-    papplDeviceError(device, "Unable to create a file in \"%s\": %s", directory.c_str(),
-                     strerror(errno));
-    return false;
-  }
-  papplDeviceSetData(device, new JobFile{fd, path, false});
-  return true;
-}
-
-// A job that wrote nothing (cancelled, refused) leaves no empty file.
-void CloseFile(pappl_device_t* device) {
-  auto* file = static_cast<JobFile*>(papplDeviceGetData(device));
-  if (file == nullptr) return;
-  close(file->fd);
-  if (!file->written) unlink(file->path.c_str());
-  delete file;
-  papplDeviceSetData(device, nullptr);
-}
-
-ssize_t ReadFile(pappl_device_t*, void*, size_t) { return -1; }
-
-ssize_t WriteFile(pappl_device_t* device, const void* buffer, size_t bytes) {
-  auto* file = static_cast<JobFile*>(papplDeviceGetData(device));
-  if (file == nullptr) return -1;
-  const char* data = static_cast<const char*>(buffer);
-  size_t done = 0;
-  while (done < bytes) {
-    const ssize_t n = write(file->fd, data + done, bytes - done);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) return -1;
-    done += static_cast<size_t>(n);
-    file->written = true;
-  }
-  return static_cast<ssize_t>(done);
-}
-
-pappl_preason_t FileStatus(pappl_device_t*) { return PAPPL_PREASON_NONE; }
-
-// socket://host:port, AppSocket: the stream over one TCP connection per
-// job (port 9100 when none is given).
-bool OpenSocket(pappl_device_t* device, const char* uri, const char*) {
-  char scheme[32], userpass[256], host[256], resource[1024];
-  int port = 0;
-  if (httpSeparateURI(HTTP_URI_CODING_ALL, uri, scheme, sizeof scheme, userpass, sizeof userpass,
-                      host, sizeof host, &port, resource, sizeof resource) < HTTP_URI_STATUS_OK) {
-    papplDeviceError(device, "Bad device URI \"%s\".", uri);
-    return false;
-  }
-  http_addrlist_t* addresses =
-      httpAddrGetList(host, AF_UNSPEC, std::to_string(port > 0 ? port : 9100).c_str());
+// AppSocket: one TCP connection per job, port 9100 when none is given.
+int Connect(const DeviceUri& uri) {
+  const int port = uri.port > 0 ? uri.port : 9100;
+  http_addrlist_t* addresses = httpAddrGetList(uri.host.c_str(), AF_UNSPEC,
+                                               std::to_string(port).c_str());
   int fd = -1;
   http_addrlist_t* connected =
       addresses != nullptr ? httpAddrConnect2(addresses, &fd, 30000, nullptr) : nullptr;
   httpAddrFreeList(addresses);
-  if (connected == nullptr || fd < 0) {
-    papplDeviceError(device, "Unable to connect to %s:%d.", host, port);
+  return connected != nullptr ? fd : -1;
+}
+
+// The file or the connection a device URI names; the file's path in path.
+int OpenTarget(const char* text, std::string& path, std::string& error) {
+  DeviceUri uri;
+  path.clear();
+  if (!ParseUri(text, uri)) {
+    error = "Bad device URI.";
+    return -1;
+  }
+  if (uri.scheme == "socket") {
+    const int fd = Connect(uri);
+    if (fd < 0) error = "Unable to connect to " + uri.host + ":" + std::to_string(uri.port) + ".";
+    return fd;
+  }
+  if (!IsDirectory(uri.resource)) {
+    error = "\"" + uri.resource + "\" is not a directory.";
+    return -1;
+  }
+  const int fd = CreateJobFile(uri.resource, path);
+  if (fd < 0) error = "Unable to create a file in \"" + uri.resource + "\": " + strerror(errno);
+  return fd;
+}
+
+bool WriteAll(int fd, const void* data, size_t length) {
+  const char* bytes = static_cast<const char*>(data);
+  while (length > 0) {
+    const ssize_t n = write(fd, bytes, length);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) return false;
+    bytes += n;
+    length -= static_cast<size_t>(n);
+  }
+  return true;
+}
+
+// A file that received nothing (cancelled, refused) does not stay behind.
+void CloseTarget(int fd, const std::string& path, bool written) {
+  if (fd < 0) return;
+  close(fd);
+  if (!written && !path.empty()) unlink(path.c_str());
+}
+
+// PAPPL's device of a printer: the URI, opened at the first write.
+struct LazyDevice {
+  std::string uri;
+  int fd = -1;
+  std::string path;
+  bool written = false;
+};
+
+bool OpenLazy(pappl_device_t* device, const char* uri, const char*) {
+  DeviceUri parsed;
+  if (!ParseUri(uri, parsed) || (parsed.scheme == "file" && !IsDirectory(parsed.resource))) {
+    papplDeviceError(device, "Unusable device URI \"%s\".", uri);
     return false;
   }
-  papplDeviceSetData(device, new JobFile{fd, "", true});
+  auto* lazy = new LazyDevice;
+  lazy->uri = uri;
+  papplDeviceSetData(device, lazy);
   return true;
+}
+
+void CloseLazy(pappl_device_t* device) {
+  auto* lazy = static_cast<LazyDevice*>(papplDeviceGetData(device));
+  if (lazy == nullptr) return;
+  CloseTarget(lazy->fd, lazy->path, lazy->written);
+  delete lazy;
+  papplDeviceSetData(device, nullptr);
+}
+
+ssize_t ReadLazy(pappl_device_t*, void*, size_t) { return -1; }
+
+ssize_t WriteLazy(pappl_device_t* device, const void* buffer, size_t bytes) {
+  auto* lazy = static_cast<LazyDevice*>(papplDeviceGetData(device));
+  if (lazy == nullptr) return -1;
+  std::string error;
+  if (lazy->fd < 0 && (lazy->fd = OpenTarget(lazy->uri.c_str(), lazy->path, error)) < 0) {
+    papplDeviceError(device, "%s", error.c_str());
+    return -1;
+  }
+  if (!WriteAll(lazy->fd, buffer, bytes)) return -1;
+  lazy->written = true;
+  return static_cast<ssize_t>(bytes);
+}
+
+pappl_preason_t LazyStatus(pappl_device_t*) { return PAPPL_PREASON_NONE; }
+
+std::unique_lock<std::mutex> PrinterTurn(int printerId) {
+  static std::mutex mapMutex;
+  static std::map<int, std::mutex> turns;
+  std::lock_guard<std::mutex> lock(mapMutex);
+  return std::unique_lock<std::mutex>(turns[printerId], std::defer_lock);
 }
 
 }  // namespace
@@ -123,8 +165,37 @@ void RegisterFileDevice() {
   // The first scheme added keeps PAPPL from adding its own, whose file:
   // device names the output after the job and overwrites it; so socket:
   // comes from here too.
-  papplDeviceAddScheme("file", PAPPL_DEVTYPE_FILE, nullptr, OpenFile, CloseFile, ReadFile,
-                       WriteFile, FileStatus, nullptr);
-  papplDeviceAddScheme("socket", PAPPL_DEVTYPE_SOCKET, nullptr, OpenSocket, CloseFile, ReadFile,
-                       WriteFile, FileStatus, nullptr);
+  for (const char* scheme : {"file", "socket"})
+    papplDeviceAddScheme(scheme, strcmp(scheme, "file") == 0 ? PAPPL_DEVTYPE_FILE
+                                                             : PAPPL_DEVTYPE_SOCKET,
+                         nullptr, OpenLazy, CloseLazy, ReadLazy, WriteLazy, LazyStatus, nullptr);
+}
+
+std::unique_ptr<JobOutput> JobOutput::Open(pappl_job_t* job) {
+  pappl_printer_t* printer = papplJobGetPrinter(job);
+  std::unique_lock<std::mutex> turn = PrinterTurn(papplPrinterGetID(printer));
+  turn.lock();
+  const char* deviceUri = papplPrinterGetDeviceURI(printer);
+  const std::string uri = deviceUri != nullptr ? deviceUri : "";
+  pappl_system_t* system = papplPrinterGetSystem(printer);
+  for (bool logged = false; !papplJobIsCanceled(job) && papplSystemIsRunning(system);) {
+    std::string path, error;
+    const int fd = OpenTarget(uri.c_str(), path, error);
+    if (fd >= 0) return std::unique_ptr<JobOutput>(new JobOutput(std::move(turn), fd, path));
+    if (!logged) papplLogJob(job, PAPPL_LOGLEVEL_ERROR, "%s Trying again.", error.c_str());
+    logged = true;
+    for (int i = 0; i < kRetrySeconds && !papplJobIsCanceled(job); ++i) sleep(1);
+  }
+  return nullptr;
+}
+
+JobOutput::JobOutput(std::unique_lock<std::mutex> turn, int fd, std::string path)
+    : turn_(std::move(turn)), fd_(fd), path_(std::move(path)) {}
+
+JobOutput::~JobOutput() { CloseTarget(fd_, path_, written_); }
+
+bool JobOutput::Write(const void* data, size_t length) {
+  if (!WriteAll(fd_, data, length)) return false;
+  written_ = true;
+  return true;
 }

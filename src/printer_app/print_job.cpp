@@ -11,6 +11,7 @@
 #include <cstring>
 
 #include "printer_app/app_paths.h"
+#include "printer_app/file_device.h"
 #include "printer_app/printer_drivers.h"
 #include "printer_app/sealed_password.h"
 
@@ -100,7 +101,7 @@ pid_t Spawn(const std::vector<std::string>& args, const std::vector<std::string>
 // Copies the last stage's output to the device and logs every stage's
 // standard error, until both end. Stops the children when the job is
 // cancelled.
-bool Relay(pappl_job_t* job, pappl_device_t* device, int output, int errors,
+bool Relay(pappl_job_t* job, JobOutput& device, int output, int errors,
            const std::vector<pid_t>& children) {
   bool written = true;
   bool stopped = false;
@@ -121,7 +122,7 @@ bool Relay(pappl_job_t* job, pappl_device_t* device, int output, int errors,
         close(fds[i].fd);
         fds[i].fd = -1;
       } else if (i == 0) {
-        written = papplDeviceWrite(device, buffer, static_cast<size_t>(n)) >= 0 && written;
+        written = device.Write(buffer, static_cast<size_t>(n)) && written;
       } else {
         pending.append(buffer, static_cast<size_t>(n));
         size_t end;
@@ -133,7 +134,6 @@ bool Relay(pappl_job_t* job, pappl_device_t* device, int output, int errors,
       }
     }
   }
-  papplDeviceFlush(device);
   return written && !stopped;
 }
 
@@ -170,7 +170,7 @@ JobRequest ReadJobRequest(pappl_job_t* job, pappl_pr_options_t* options) {
   return request;
 }
 
-bool PrintThroughFilter(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* device,
+bool PrintThroughFilter(pappl_job_t* job, pappl_pr_options_t* options,
                         const std::vector<std::vector<std::string>>& converters,
                         const std::string& inputPath) {
   const PrinterDriver* driver = DriverOfPrinter(papplJobGetPrinter(job));
@@ -179,6 +179,8 @@ bool PrintThroughFilter(pappl_job_t* job, pappl_pr_options_t* options, pappl_dev
     papplLogJob(job, PAPPL_LOGLEVEL_ERROR, "No PPD or no pstozpjl for this printer.");
     return false;
   }
+  const std::unique_ptr<JobOutput> device = JobOutput::Open(job);
+  if (device == nullptr) return false;
   const FilterArguments args = MapJobToTicket(ReadJobRequest(job, options), driver->profile);
   const std::string id = std::to_string(papplJobGetID(job));
   const std::string copies = std::to_string(args.copies);
@@ -221,7 +223,7 @@ bool PrintThroughFilter(pappl_job_t* job, pappl_pr_options_t* options, pappl_dev
   }
   CloseFd(input);
   bool ok = children.size() == stages.size() &&
-            Relay(job, device, output, errors.read, children);
+            Relay(job, *device, output, errors.read, children);
   if (output < 0) CloseFd(errors.read);
   for (size_t i = 0; i < children.size(); ++i) {
     int status = 0;
@@ -236,18 +238,18 @@ bool PrintThroughFilter(pappl_job_t* job, pappl_pr_options_t* options, pappl_dev
   return ok;
 }
 
-bool PrintPostScriptFile(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* device) {
+bool PrintPostScriptFile(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t*) {
   const std::string document = Text(papplJobGetFilename(job));
   if (document.empty()) return false;
-  return PrintThroughFilter(job, options, device, {}, document);
+  return PrintThroughFilter(job, options, {}, document);
 }
 
-bool PrintPdfFile(pappl_job_t* job, pappl_device_t* device, void*) {
+bool PrintPdfFile(pappl_job_t* job, pappl_device_t*, void*) {
   const std::string document = Text(papplJobGetFilename(job));
   if (document.empty()) return false;
   pappl_pr_options_t* options = papplJobCreatePrintOptions(job, 0, true);
   const bool ok =
-      PrintThroughFilter(job, options, device, {{PdfToPsProgram(), "-level3", document, "-"}}, "");
+      PrintThroughFilter(job, options, {{PdfToPsProgram(), "-level3", document, "-"}}, "");
   papplJobDeletePrintOptions(options);
   return ok;
 }

@@ -22,8 +22,9 @@ void SetJobTempDirectory(const std::string& directory);
 JobRequest ReadJobRequest(pappl_job_t* job, pappl_pr_options_t* options);
 
 // Runs converter stages (empty for PostScript), pstops and pstozpjl on the
-// input file, writing the print stream to the device.
-bool PrintThroughFilter(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* device,
+// input file, writing the print stream to the job's own output (never to
+// PAPPL's device, see JobOutput).
+bool PrintThroughFilter(pappl_job_t* job, pappl_pr_options_t* options,
                         const std::vector<std::vector<std::string>>& converters,
                         const std::string& inputPath);
 

@@ -199,12 +199,12 @@ bool EndRasterPage(pappl_job_t* job, pappl_pr_options_t*, pappl_device_t*, unsig
   return true;
 }
 
-bool EndRasterJob(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t* device) {
+bool EndRasterJob(pappl_job_t* job, pappl_pr_options_t* options, pappl_device_t*) {
   RasterJob* state = JobState(job);
   if (state == nullptr) return false;
   fprintf(state->out, "%%%%Trailer\n%%%%Pages: %u\n%%%%EOF\n", state->pages);
   const bool written = fflush(state->out) == 0;
-  const bool ok = written && PrintThroughFilter(job, options, device, {}, state->path);
+  const bool ok = written && PrintThroughFilter(job, options, {}, state->path);
   Discard(job, state);
   return ok;
 }
