@@ -44,7 +44,7 @@ bool QuotesPaired(const std::string& line) {
 void CheckHeaderLines(const std::string& stream) {
   size_t end = stream.find("@PJL ENTER LANGUAGE=POSTSCRIPT\n");
   fuzz::Check(end != std::string::npos, "the header ends with the language switch");
-  for (size_t at = fuzz::UniversalExit().size(), next; at < end; at = next + 1) {
+  for (size_t at = kUEL.size(), next; at < end; at = next + 1) {
     next = stream.find('\n', at);
     std::string line = stream.substr(at, next - at);
     if (!line.empty() && line.back() == '\r') line.pop_back();
@@ -79,7 +79,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   // Whatever the ticket says, the job's own end goes out: Ctrl-D after the
   // last line in pass-through; in the insertion mode the held-back line end.
   const std::string end = printer.insertion ? "\n\n" : "showpage\n\x04";
-  fuzz::Check(fuzz::EndsWith(stream, end + fuzz::Trailer()), "the job's end before the trailer",
+  fuzz::Check(fuzz::EndsWith(stream, end + kTrailer), "the job's end before the trailer",
               fuzz::Visible(stream.substr(stream.size() > 200 ? stream.size() - 200 : 0)));
   return 0;
 }

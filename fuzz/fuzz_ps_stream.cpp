@@ -64,7 +64,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string body = stream.substr(switchAt + enter.size());
   const std::string expected =
       (printer == 0 ? ModelPassThrough(job.postscript) : ModelInsertion(job.postscript)) +
-      fuzz::Trailer();
+      kTrailer;
   fuzz::Check(body == expected, "the PostScript is copied as the byte-wise reader does",
               "got " + fuzz::Visible(body) + "\nwant " + fuzz::Visible(expected));
   return 0;

@@ -82,35 +82,6 @@ class MemoryFile {
   std::string path_;
 };
 
-// Sends file descriptor 1 to a memory file for the rest of the process, so
-// a target can read what the filter wrote to the print stream.
-class StdoutCapture {
- public:
-  StdoutCapture() : fd_(memfd_create("stdout", 0)) {
-    fflush(stdout);
-    if (fd_ < 0 || dup2(fd_, STDOUT_FILENO) < 0) abort();
-  }
-  // Everything written since the last call; the file starts empty again.
-  std::string Take() {
-    fflush(stdout);
-    struct stat status;
-    if (fstat(fd_, &status) != 0) abort();
-    std::string bytes(static_cast<size_t>(status.st_size), '\0');
-    size_t done = 0;
-    while (done < bytes.size()) {
-      ssize_t got = pread(fd_, &bytes[done], bytes.size() - done, static_cast<off_t>(done));
-      if (got <= 0) break;
-      done += static_cast<size_t>(got);
-    }
-    bytes.resize(done);
-    if (ftruncate(fd_, 0) != 0 || lseek(STDOUT_FILENO, 0, SEEK_SET) != 0) abort();
-    return bytes;
-  }
-
- private:
-  int fd_;
-};
-
 // The bytes with control bytes visible, cut for failure messages.
 inline std::string Visible(const std::string& bytes, size_t limit = 400) {
   return ::Visible(bytes.substr(0, limit)) + (bytes.size() > limit ? "..." : "");
@@ -124,20 +95,6 @@ inline std::string Visible(const std::string& bytes, size_t limit = 400) {
 
 inline void Check(bool holds, const char* what, const std::string& detail = "") {
   if (!holds) Fail(what, detail);
-}
-
-// The start and the end of every print stream.
-inline const std::string& UniversalExit() {
-  static const std::string uel = "\x1b%-12345X";
-  return uel;
-}
-inline const std::string& Trailer() {
-  static const std::string trailer = "\x1b%-12345X@PJL EOJ\n";
-  return trailer;
-}
-
-inline bool StartsWith(const std::string& text, const std::string& start) {
-  return text.compare(0, start.size(), start) == 0;
 }
 
 // The credential layer reports failures with plain writes to stdout, on
@@ -174,7 +131,7 @@ struct Job {
 };
 
 inline std::string RunJob(const Job& job) {
-  static StdoutCapture capture;
+  static StdoutCapture capture;  // for the rest of the process
   static MemoryFile jobFile("job");
   static const int ready = setenv("TMPDIR", "/dev/shm", 0);  // the insertion mode's spool
   (void)ready;
@@ -191,9 +148,9 @@ inline std::string RunJob(const Job& job) {
   int status = FilterMain(7, argv);
   std::string stream = AfterCryptoMessages(capture.Take());
   Check(status == 0, "exit status 0");
-  Check(StartsWith(stream, UniversalExit() + "@PJL"),
+  Check(stream.rfind(kUEL + "@PJL", 0) == 0,
         "the stream starts with the universal exit language", Visible(stream));
-  Check(EndsWith(stream, Trailer()), "the stream ends with the trailer",
+  Check(EndsWith(stream, kTrailer), "the stream ends with the trailer",
         Visible(stream.substr(stream.size() > 200 ? stream.size() - 200 : 0)));
   return stream;
 }

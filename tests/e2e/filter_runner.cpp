@@ -15,8 +15,6 @@
 
 extern char** environ;
 
-const std::string kUEL = "\x1b%-12345X";
-const std::string kTrailer = "\x1b%-12345X@PJL EOJ\n";
 
 namespace {
 

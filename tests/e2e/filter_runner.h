@@ -96,6 +96,3 @@ struct StreamParts {
   std::string trailer;  // ESC "%-12345X@PJL EOJ\n"
 };
 StreamParts SplitStream(const std::string& stream);
-
-extern const std::string kUEL;      // ESC "%-12345X"
-extern const std::string kTrailer;  // ESC "%-12345X@PJL EOJ\n"

@@ -6,6 +6,8 @@
 //   EXPECT_TRUE(SameStream(Attr("PBRE=LEFT"), lines));
 #pragma once
 
+#include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -13,6 +15,10 @@
 #include <functional>
 #include <string>
 #include <vector>
+
+// The start and the end of every print stream.
+inline const std::string kUEL = "\x1b%-12345X";
+inline const std::string kTrailer = kUEL + "@PJL EOJ\n";
 
 // Absolute path of a file under tests/fixtures.
 inline std::string Fixture(const std::string& relative) {
@@ -71,23 +77,44 @@ inline std::string Visible(const std::string& bytes) {
   return visible;
 }
 
-// Runs `write` with file descriptor 1 sent to a temporary file and returns
-// what reached it.
+// Sends file descriptor 1 to a memory file while it lives.
+class StdoutCapture {
+ public:
+  StdoutCapture() : saved_(dup(STDOUT_FILENO)), fd_(memfd_create("stdout", 0)) {
+    fflush(stdout);
+    if (saved_ < 0 || fd_ < 0 || dup2(fd_, STDOUT_FILENO) < 0) abort();
+  }
+  ~StdoutCapture() {
+    fflush(stdout);
+    dup2(saved_, STDOUT_FILENO);
+    close(saved_);
+    close(fd_);
+  }
+  // Everything written since the last call; the file starts empty again.
+  std::string Take() {
+    fflush(stdout);
+    struct stat status;
+    if (fstat(fd_, &status) != 0) abort();
+    std::string bytes(static_cast<size_t>(status.st_size), '\0');
+    size_t done = 0;
+    while (done < bytes.size()) {
+      ssize_t got = pread(fd_, &bytes[done], bytes.size() - done, static_cast<off_t>(done));
+      if (got <= 0) break;
+      done += static_cast<size_t>(got);
+    }
+    bytes.resize(done);
+    if (ftruncate(fd_, 0) != 0 || lseek(STDOUT_FILENO, 0, SEEK_SET) != 0) abort();
+    return bytes;
+  }
+
+ private:
+  int saved_;
+  int fd_;
+};
+
+// What `write` writes to file descriptor 1.
 inline std::string CaptureStdout(const std::function<void()>& write) {
-  fflush(stdout);
-  FILE* sink = tmpfile();
-  if (sink == nullptr) return "<no temporary file>";
-  int saved = dup(STDOUT_FILENO);
-  dup2(fileno(sink), STDOUT_FILENO);
+  StdoutCapture capture;
   write();
-  fflush(stdout);
-  dup2(saved, STDOUT_FILENO);
-  close(saved);
-  std::string text;
-  rewind(sink);
-  char buffer[4096];
-  size_t n;
-  while ((n = fread(buffer, 1, sizeof buffer, sink)) > 0) text.append(buffer, n);
-  fclose(sink);
-  return text;
+  return capture.Take();
 }
