@@ -299,6 +299,8 @@ class PrinterApp(unittest.TestCase):
             print("%s: %d pass, %d fail, %d skip; failed: %s" % (
                 name, sum("[PASS]" in l for l in results), len(failures),
                 sum("[SKIP]" in l for l in results), sorted(failures) or "none"))
+            if failures - PAPPL_LIMITS:
+                print(stdout)  # what each unexpected failure received
             failed |= failures
         self.assertLessEqual(failed, PAPPL_LIMITS)
         self.assertIsNone(self.server.poll())
