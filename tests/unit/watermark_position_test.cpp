@@ -18,7 +18,6 @@ TEST(GetWatermarkPostion, EveryWholeAngleMatchesTheTrigonometry) {
   } kRows[] = {{90, 0, -1, -1, false}, {180, 1.5707963, +1, -1, true},
                {270, 3.1415926, +1, +1, false}, {360, 4.7123889, -1, +1, true}};
   WatermarkOptionRecord& w = psOptionWatermark;
-  const WatermarkOptionRecord saved = w;
   w.orientation = 1;
   w.paperWidth = 595;
   w.paperHeight = 842;
@@ -42,7 +41,6 @@ TEST(GetWatermarkPostion, EveryWholeAngleMatchesTheTrigonometry) {
     EXPECT_EQ(x, wantX + 1.5f) << "angle " << angle;
     EXPECT_EQ(y, wantY - 2.0f) << "angle " << angle;
   }
-  w = saved;
 }
 
 }  // namespace
