@@ -55,8 +55,7 @@ int CreateJobFile(const std::string& directory, std::string& path) {
 }
 
 // AppSocket: one TCP connection per job, port 9100 when none is given.
-int Connect(const DeviceUri& uri) {
-  const int port = uri.port > 0 ? uri.port : 9100;
+int Connect(const DeviceUri& uri, int port) {
   http_addrlist_t* addresses = httpAddrGetList(uri.host.c_str(), AF_UNSPEC,
                                                std::to_string(port).c_str());
   int fd = -1;
@@ -75,8 +74,9 @@ int OpenTarget(const char* text, std::string& path, std::string& error) {
     return -1;
   }
   if (uri.scheme == "socket") {
-    const int fd = Connect(uri);
-    if (fd < 0) error = "Unable to connect to " + uri.host + ":" + std::to_string(uri.port) + ".";
+    const int port = uri.port > 0 ? uri.port : 9100;
+    const int fd = Connect(uri, port);
+    if (fd < 0) error = "Unable to connect to " + uri.host + ":" + std::to_string(port) + ".";
     return fd;
   }
   if (!IsDirectory(uri.resource)) {
@@ -152,6 +152,8 @@ ssize_t WriteLazy(pappl_device_t* device, const void* buffer, size_t bytes) {
 
 pappl_preason_t LazyStatus(pappl_device_t*) { return PAPPL_PREASON_NONE; }
 
+// The printer's turn, not yet taken: waiting for it under mapMutex would
+// hold up every other printer's jobs.
 std::unique_lock<std::mutex> PrinterTurn(int printerId) {
   static std::mutex mapMutex;
   static std::map<int, std::mutex> turns;
